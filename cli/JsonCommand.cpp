@@ -1,0 +1,38 @@
+// velmo json FILE [--compact]: decode a document and print its JSON again.
+#include <cstdio>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "Commands.h"
+#include "velmo/foundation/Files.h"
+#include "velmo/foundation/Json.h"
+
+namespace velmo::cli {
+
+void addJsonCommand(CLI::App& app, int& exitCode) {
+    auto* cmd = app.add_subcommand("json", "Decode a document and print it as JSON again");
+    auto file = std::make_shared<std::string>();
+    auto compact = std::make_shared<bool>(false);
+    cmd->add_option("FILE", *file, "Document JSON file")->required();
+    cmd->add_flag("--compact", *compact, "Print compact JSON instead of pretty");
+    cmd->callback([&exitCode, file, compact] {
+        const auto text = Files::read(*file);
+        if (!text) {
+            fmt::print(stderr, "velmo: cannot read {}\n", *file);
+            exitCode = kExitUsage;
+            return;
+        }
+        JsonParseError error("", 0);
+        const Value value = Json::tryParse(*text, Json::ReadOptions{}, &error);
+        if (value.isNil()) {
+            fmt::print(stderr, "velmo: {}: malformed JSON at offset {}: {}\n", *file, error.offset(), error.reason());
+            exitCode = kExitUsage;
+            return;
+        }
+        fmt::print("{}\n", Json::write(value, !*compact));
+        exitCode = kExitOK;
+    });
+}
+
+} // namespace velmo::cli

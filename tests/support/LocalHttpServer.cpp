@@ -1,0 +1,32 @@
+#include "LocalHttpServer.h"
+
+#include <chrono>
+#include <stdexcept>
+
+namespace velmo::test {
+
+LocalHttpServer::LocalHttpServer() = default;
+
+LocalHttpServer::~LocalHttpServer() { stop(); }
+
+void LocalHttpServer::start() {
+    port_ = server_.bind_to_any_port("127.0.0.1");
+    if (port_ <= 0) throw std::runtime_error("test server could not bind to 127.0.0.1");
+    thread_ = std::thread([this] { server_.listen_after_bind(); });
+    // This version of the server has no readiness call: wait for its running flag.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!server_.is_running() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
+void LocalHttpServer::stop() {
+    if (thread_.joinable()) {
+        server_.stop();
+        thread_.join();
+    }
+}
+
+std::string LocalHttpServer::baseURL() const { return "http://127.0.0.1:" + std::to_string(port_); }
+
+} // namespace velmo::test

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velmo {
+
+/// File helpers that the platform's file manager gave.
+class Files {
+public:
+    /// The whole file, or nothing when it can't be read.
+    static std::optional<std::string> read(const std::filesystem::path& path);
+    /// Writes to a temporary file beside the target, flushes it and renames it over the target,
+    /// so a reader sees the old file or the new one and never half of one. Creates missing folders.
+    static bool writeAtomically(const std::filesystem::path& path, std::string_view data, int mode = 0644);
+
+    /// The per-user folder of the library: `$VELMO_HOME`, else `$XDG_CONFIG_HOME/velmo`,
+    /// else `~/.config/velmo`. Not created here.
+    static std::filesystem::path velmoHome();
+    /// A fresh temporary folder under the system's temporary folder.
+    static std::filesystem::path makeTemporaryDirectory(std::string_view prefix = "velmo");
+};
+
+} // namespace velmo

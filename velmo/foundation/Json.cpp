@@ -1,0 +1,241 @@
+#include "velmo/foundation/Json.h"
+
+#include <charconv>
+#include <cmath>
+#include <vector>
+
+#include <fmt/format.h>
+#include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/reader.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+namespace velmo {
+
+JsonParseError::JsonParseError(std::string reason, std::size_t offset)
+    : std::runtime_error(fmt::format("{} (at offset {})", reason, offset)), reason_(std::move(reason)),
+      offset_(offset) {}
+
+namespace {
+
+// SAX handler that builds values on one stack: containers are assembled from the top of the
+// stack when they close, so no element is copied twice.
+class ValueBuilder {
+public:
+    explicit ValueBuilder(unsigned maxDepth) : maxDepth_(maxDepth) { stack_.reserve(64); }
+
+    bool Null() { return push(Value::null()); }
+    bool Bool(bool b) { return push(Value(b)); }
+    bool Int(int i) { return push(Value(i)); }
+    bool Uint(unsigned u) { return push(Value(u)); }
+    bool Int64(int64_t i) { return push(Value(static_cast<long long>(i))); }
+    bool Uint64(uint64_t u) { return push(Value(static_cast<unsigned long long>(u))); }
+    bool Double(double d) { return push(Value(d)); }
+    bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }
+    bool String(const char* s, rapidjson::SizeType n, bool) { return push(Value(std::string_view(s, n))); }
+    bool Key(const char* s, rapidjson::SizeType n, bool) { return push(Value(std::string_view(s, n))); }
+
+    bool StartObject() { return enter(); }
+    bool EndObject(rapidjson::SizeType members) {
+        --depth_;
+        const std::size_t first = stack_.size() - 2 * static_cast<std::size_t>(members);
+        Dictionary d = Dictionary::create(members);
+        for (std::size_t i = first; i < stack_.size(); i += 2) d.setEntry(stack_[i], std::move(stack_[i + 1]));
+        stack_.resize(first);
+        stack_.emplace_back(d);
+        return true;
+    }
+    bool StartArray() { return enter(); }
+    bool EndArray(rapidjson::SizeType elements) {
+        --depth_;
+        const std::size_t first = stack_.size() - elements;
+        std::vector<Value> items(std::make_move_iterator(stack_.begin() + static_cast<std::ptrdiff_t>(first)),
+                                 std::make_move_iterator(stack_.end()));
+        stack_.resize(first);
+        stack_.emplace_back(Array::fromVector(std::move(items)));
+        return true;
+    }
+
+    bool tooDeep() const { return tooDeep_; }
+    Value result() { return stack_.empty() ? Value() : std::move(stack_.back()); }
+
+private:
+    bool push(Value v) {
+        stack_.push_back(std::move(v));
+        return true;
+    }
+    bool enter() {
+        if (++depth_ > maxDepth_) {
+            tooDeep_ = true;
+            return false;
+        }
+        return true;
+    }
+
+    std::vector<Value> stack_;
+    unsigned depth_ = 0;
+    unsigned maxDepth_;
+    bool tooDeep_ = false;
+};
+
+bool isJsonSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+constexpr unsigned kParseFlags =
+    rapidjson::kParseValidateEncodingFlag | rapidjson::kParseFullPrecisionFlag | rapidjson::kParseIterativeFlag |
+    rapidjson::kParseStopWhenDoneFlag;
+
+} // namespace
+
+Value Json::parse(std::string_view text, const ReadOptions& options) {
+    rapidjson::MemoryStream stream(text.data(), text.size());
+    ValueBuilder builder(options.maxDepth);
+    rapidjson::Reader reader;
+    const rapidjson::ParseResult result = reader.Parse<kParseFlags>(stream, builder);
+    if (result.IsError()) {
+        if (builder.tooDeep()) {
+            throw JsonParseError(fmt::format("nesting deeper than {} levels", options.maxDepth), result.Offset());
+        }
+        throw JsonParseError(rapidjson::GetParseError_En(result.Code()), result.Offset());
+    }
+    // The reader stops after the root value; anything but white space after it is an error,
+    // including bytes hidden behind a zero byte.
+    std::size_t offset = stream.Tell();
+    while (offset < text.size() && isJsonSpace(text[offset])) ++offset;
+    if (offset != text.size()) {
+        throw JsonParseError("The document root must not be followed by other values.", offset);
+    }
+    Value value = builder.result();
+    if (!options.allowFragments && !value.isArray() && !value.isDictionary()) {
+        throw JsonParseError("The top-level value must be an array or an object.", 0);
+    }
+    return value;
+}
+
+Value Json::tryParse(std::string_view text, const ReadOptions& options, JsonParseError* error) {
+    try {
+        return parse(text, options);
+    } catch (const JsonParseError& e) {
+        if (error) *error = e;
+        return Value();
+    }
+}
+
+namespace {
+
+// Text must be valid UTF-8 to be written. (The writers' own validating mode can't be used: the
+// pretty writer of this RapidJSON drops the flag from its base class.)
+struct NullSink {
+    void Put(char) {}
+};
+
+bool isValidUtf8(std::string_view s) {
+    rapidjson::MemoryStream in(s.data(), s.size());
+    NullSink sink;
+    while (in.Tell() < s.size()) {
+        if (!rapidjson::UTF8<>::Validate(in, sink)) return false;
+    }
+    return true;
+}
+
+template <class Writer>
+void writeValue(Writer& writer, const Value& value) {
+    char buffer[64];
+    switch (value.kind()) {
+    case Value::Kind::Nil:
+    case Value::Kind::Null: writer.Null(); break;
+    case Value::Kind::Bool: writer.Bool(value.boolValue()); break;
+    case Value::Kind::Int: writer.Int64(value.int64Value()); break;
+    case Value::Kind::UInt: writer.Uint64(value.uint64Value()); break;
+    case Value::Kind::Float:
+    case Value::Kind::Double: {
+        // Shortest text that reads back to the same number, in the number's own precision:
+        // a float widened to double would print as 0.10000000149011612.
+        std::to_chars_result r;
+        if (value.kind() == Value::Kind::Float) {
+            const float f = value.floatValue();
+            if (!std::isfinite(f)) throw JsonWriteError("Invalid number value (infinite or NaN) in JSON write");
+            r = std::to_chars(buffer, buffer + sizeof buffer, f);
+        } else {
+            const double d = value.doubleValue();
+            if (!std::isfinite(d)) throw JsonWriteError("Invalid number value (infinite or NaN) in JSON write");
+            r = std::to_chars(buffer, buffer + sizeof buffer, d);
+        }
+        writer.RawValue(buffer, static_cast<rapidjson::SizeType>(r.ptr - buffer), rapidjson::kNumberType);
+        break;
+    }
+    case Value::Kind::String: {
+        const std::string_view s = value.stringView();
+        if (!isValidUtf8(s)) throw JsonWriteError("Invalid UTF-8 string in JSON write");
+        writer.String(s.data(), static_cast<rapidjson::SizeType>(s.size()));
+        break;
+    }
+    case Value::Kind::Array:
+        writer.StartArray();
+        for (const Value& item : value.array()) writeValue(writer, item);
+        writer.EndArray();
+        break;
+    case Value::Kind::Dictionary:
+        writer.StartObject();
+        for (const auto& entry : value.dictionary()) {
+            const std::string_view key = entry.key.stringView();
+            if (!isValidUtf8(key)) throw JsonWriteError("Invalid UTF-8 key in JSON write");
+            writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
+            writeValue(writer, entry.value);
+        }
+        writer.EndObject();
+        break;
+    case Value::Kind::Bytes:
+    case Value::Kind::Model:
+    case Value::Kind::Object:
+        throw JsonWriteError(fmt::format("Invalid type in JSON write ({})", Value::kindName(value.kind())));
+    }
+}
+
+} // namespace
+
+std::string Json::write(const Value& value, bool pretty) {
+    rapidjson::StringBuffer buffer;
+    if (pretty) {
+        rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
+        writer.SetIndent(' ', 2);
+        writeValue(writer, value);
+    } else {
+        rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+        writeValue(writer, value);
+    }
+    return std::string(buffer.GetString(), buffer.GetSize());
+}
+
+namespace {
+bool validJson(const Value& value) {
+    switch (value.kind()) {
+    case Value::Kind::Null:
+    case Value::Kind::Bool:
+    case Value::Kind::Int:
+    case Value::Kind::UInt:
+    case Value::Kind::String: return true;
+    case Value::Kind::Float:
+    case Value::Kind::Double: return std::isfinite(value.doubleValue());
+    case Value::Kind::Array:
+        for (const Value& item : value.array()) {
+            if (!validJson(item)) return false;
+        }
+        return true;
+    case Value::Kind::Dictionary:
+        for (const auto& entry : value.dictionary()) {
+            if (!validJson(entry.value)) return false;
+        }
+        return true;
+    default: return false;
+    }
+}
+} // namespace
+
+bool Json::isValidJSONObject(const Value& value) {
+    if (!value.isArray() && !value.isDictionary()) return false;
+    return validJson(value);
+}
+
+} // namespace velmo
