@@ -7,6 +7,7 @@
 #include "Commands.h"
 #include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
+#include "velmo/model/VDModelDecoder.h"
 
 namespace velmo::cli {
 
@@ -30,7 +31,23 @@ void addJsonCommand(CLI::App& app, int& exitCode) {
             exitCode = kExitUsage;
             return;
         }
-        fmt::print("{}\n", Json::write(value, !*compact));
+        auto model = VDModelDecoder::modelObjectFromDictionary(value.dictionary());
+        if (!model) {
+            fmt::print(stderr, "velmo: {}: the top level is not a known model class\n", *file);
+            exitCode = kExitFailure;
+            return;
+        }
+        std::string json;
+        try {
+            json = *compact ? Json::write(Value(model->toDictionary())) : model->toJson();
+        } catch (const JsonWriteError&) {
+        }
+        if (json.empty()) {
+            fmt::print(stderr, "velmo: {}: the document holds a value that JSON can't hold\n", *file);
+            exitCode = kExitFailure;
+            return;
+        }
+        fmt::print("{}\n", json);
         exitCode = kExitOK;
     });
 }

@@ -1,5 +1,6 @@
 #include "velmo/foundation/SystemLog.h"
 
+#include <cerrno> // program_invocation_short_name
 #include <chrono>
 #include <cstdio>
 #include <ctime>
@@ -24,7 +25,6 @@ SystemLog::Sink& currentSink() {
 }
 
 std::string processName() {
-    extern char* program_invocation_short_name;
     return program_invocation_short_name ? program_invocation_short_name : "velmo";
 }
 
