@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "velmo/foundation/Value.h"
+
+namespace velmo {
+
+struct PlatformColor;
+
+// Operations on strings that the rest of the library calls by name. The receiver is the first
+// argument.
+
+/// `+uuidString`: a new random UUID in canonical (upper-case) text.
+std::string uuidString();
+/// The one normal form of variable names: "My big button" gives "myBigButton", "2 Cols" gives
+/// "a2Cols", "@#!" gives the empty string.
+std::string toLegalVarName(std::string_view receiver);
+/// Strings and integers of a path such as "a.b[2].c"; a backslash takes the next character
+/// literally. An index that isn't a number ends the path there.
+Array jsonPathComponents(std::string_view receiver);
+/// stringByRemovingCharsInString:
+std::string stringByRemovingCharsInString(std::string_view receiver, std::string_view chars);
+std::string stringWithFirstCharCapitalized(std::string_view receiver);
+/// Leading and trailing white space and line ends removed.
+std::string stringByTrimmingBlanks(std::string_view receiver);
+bool isValidEmail(std::string_view receiver);
+/// The string in the lossless ASCII form, non-ASCII characters as backslash-u escapes.
+std::string convertUnicode(std::string_view receiver);
+/// SHA-256 of the ASCII bytes as base64; a string that isn't ASCII gives the digest of nothing.
+std::string vnSha256(std::string_view receiver);
+/// MD5 of the UTF-8 bytes up to the first zero byte, as 32 lower-case hexadecimal characters.
+std::string MD5(std::string_view receiver);
+/// The empty string gives the clear colour; otherwise hexadecimal digits read from index 1
+/// (the first character skipped, whatever it is) as 0xRRGGBB, alpha 1.
+PlatformColor _vp_colorFromHexString(std::string_view receiver);
+
+// Helpers shared by the value operations.
+
+/// White space and line ends, Unicode's included, trimmed from both ends.
+std::string_view trimBlanks(std::string_view text);
+std::string toLowerAscii(std::string_view text);
+std::string toUpperAscii(std::string_view text);
+bool isValidUtf8(std::string_view text);
+
+} // namespace velmo

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "velmo/foundation/URLRequest.h"
+#include "velmo/foundation/VPError.h"
+
+namespace velmo {
+
+/// The blocking request of the platform's old connection class, still used by a few callers
+/// that run on background queues.
+class URLConnection {
+public:
+    /// `+sendSynchronousRequest:returningResponse:error:`: runs the request and blocks the calling
+    /// thread until it ends. Stores the response and the error where asked; gives the body, or
+    /// nothing when there was an error. An HTTP status is not an error here. Never call it on the
+    /// main thread: it waits for the network.
+    static std::optional<std::string> sendSynchronousRequest(const URLRequest& request, HTTPURLResponse* response,
+                                                             VPErrorPtr* error);
+};
+
+} // namespace velmo
