@@ -1,0 +1,97 @@
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "velmo/foundation/DispatchQueue.h"
+
+using namespace velmo;
+using namespace std::chrono_literals;
+
+TEST(DispatchQueue, MainQueueRunsInOrderOnTheMainThread) {
+    ASSERT_TRUE(isMainThread());
+    std::vector<int> order;
+    bool allOnMain = true;
+    std::thread poster([&] {
+        EXPECT_FALSE(isMainThread());
+        for (int i = 0; i < 100; ++i) {
+            DispatchQueue::main().async([&, i] {
+                allOnMain = allOnMain && isMainThread();
+                order.push_back(i);
+            });
+        }
+    });
+    poster.join();
+    ASSERT_TRUE(runMainLoopUntil([&] { return order.size() == 100; }, 5s));
+    EXPECT_TRUE(allOnMain);
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+}
+
+TEST(DispatchQueue, SerialQueueRunsOneAtATimeInOrder) {
+    auto queue = DispatchQueue::createSerial("test.serial");
+    std::atomic<int> running{0};
+    std::atomic<bool> overlapped{false};
+    std::mutex m;
+    std::vector<int> order;
+    std::atomic<int> done{0};
+    for (int i = 0; i < 200; ++i) {
+        queue->async([&, i] {
+            if (running.fetch_add(1) != 0) overlapped = true;
+            EXPECT_TRUE(queue->isCurrent());
+            {
+                std::lock_guard lock(m);
+                order.push_back(i);
+            }
+            running.fetch_sub(1);
+            done.fetch_add(1);
+        });
+    }
+    queue->sync([] {});
+    EXPECT_EQ(done.load(), 200) << "sync waits behind what is queued";
+    EXPECT_FALSE(overlapped.load());
+    for (int i = 0; i < 200; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+    EXPECT_FALSE(queue->isCurrent());
+}
+
+TEST(DispatchQueue, SyncOnItselfRunsInlineAndPassesExceptions) {
+    auto queue = DispatchQueue::createSerial("test.reentrant");
+    int value = 0;
+    queue->sync([&] { queue->sync([&] { value = 1; }); });
+    EXPECT_EQ(value, 1);
+    DispatchQueue::main().sync([&] { value = 2; });
+    EXPECT_EQ(value, 2);
+    EXPECT_THROW(DispatchQueue::global().sync([] { throw std::runtime_error("x"); }), std::runtime_error);
+}
+
+TEST(DispatchQueue, DelayedWorkWaitsItsTurn) {
+    const auto start = std::chrono::steady_clock::now();
+    std::atomic<bool> fired{false};
+    std::chrono::steady_clock::duration waited{};
+    DispatchQueue::main().after(50ms, [&] {
+        waited = std::chrono::steady_clock::now() - start;
+        fired = true;
+    });
+    ASSERT_TRUE(runMainLoopUntil([&] { return fired.load(); }, 5s));
+    EXPECT_GE(waited, 50ms);
+}
+
+TEST(DispatchTimer, RepeatsUntilCancelled) {
+    DispatchTimer timer(DispatchQueue::main());
+    int fired = 0;
+    timer.start(5ms, [&] {
+        if (++fired == 3) timer.cancel();
+    });
+    ASSERT_TRUE(runMainLoopUntil([&] { return fired >= 3; }, 5s));
+    runMainLoopUntil([] { return false; }, 40ms);
+    EXPECT_EQ(fired, 3);
+    EXPECT_FALSE(timer.isValid());
+
+    DispatchTimer once(DispatchQueue::global());
+    std::atomic<int> onceFired{0};
+    once.start(1ms, [&] { onceFired++; }, false);
+    std::this_thread::sleep_for(50ms);
+    EXPECT_EQ(onceFired.load(), 1);
+}
