@@ -31,8 +31,12 @@ std::string lower(std::string_view s) {
 } // namespace
 
 void URLRequest::setValueForHTTPHeaderField(std::string value, std::string_view field) {
-    std::erase_if(headers, [&](const auto& h) { return sameField(h.first, field); });
+    removeValueForHTTPHeaderField(field);
     headers.emplace_back(std::string(field), std::move(value));
+}
+
+void URLRequest::removeValueForHTTPHeaderField(std::string_view field) {
+    std::erase_if(headers, [&](const auto& h) { return sameField(h.first, field); });
 }
 
 std::string URLRequest::valueForHTTPHeaderField(std::string_view field) const { return headerValue(headers, field); }

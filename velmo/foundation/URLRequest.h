@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -17,6 +19,8 @@ struct URLRequest {
 
     /// Replaces a header of the same name (names compare without case).
     void setValueForHTTPHeaderField(std::string value, std::string_view field);
+    /// Removes the header, as setting no value does on the platform.
+    void removeValueForHTTPHeaderField(std::string_view field);
     /// The header's value, or empty.
     std::string valueForHTTPHeaderField(std::string_view field) const;
 };
@@ -26,6 +30,8 @@ struct HTTPURLResponse {
     std::string url;
     long statusCode = 0;
     std::vector<std::pair<std::string, std::string>> headers;
+    /// The length the server announced for the body, -1 when it announced none.
+    std::int64_t expectedContentLength = -1;
 
     std::string valueForHTTPHeaderField(std::string_view field) const;
     /// The media type of "Content-Type", lower case, without parameters.
