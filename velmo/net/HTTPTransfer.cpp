@@ -1,0 +1,341 @@
+#include "velmo/net/HTTPTransfer.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <climits>
+#include <functional>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+#include <curl/curl.h>
+#include "velmo/foundation/URLErrors.h"
+
+namespace velmo {
+
+namespace {
+
+// Without a progress limit the transfer must not be cut off by libcurl's default connect limit
+// either: the caller's own timer decides.
+constexpr long kUnlimitedConnectMs = 24L * 3600 * 1000;
+constexpr long kMaxRedirects = 16;
+constexpr long kLargeReadSize = 512 * 1024;
+
+class CurlSetupError : public std::runtime_error {
+public:
+    explicit CurlSetupError(CURLcode code) : std::runtime_error(curl_easy_strerror(code)), code(code) {}
+    CURLcode code;
+};
+
+template <class T>
+void setopt(CURL* easy, CURLoption option, T value) {
+    const CURLcode code = curl_easy_setopt(easy, option, value);
+    if (code != CURLE_OK) throw CurlSetupError(code);
+}
+
+class TransferLoop;
+
+} // namespace
+
+struct HTTPTransfer::Impl : std::enable_shared_from_this<HTTPTransfer::Impl> {
+    URLRequest request;
+    Options options;
+    std::atomic<bool> cancelled{false};
+    std::atomic<bool> started{false};
+
+    // Touched on the transfer thread only, once started.
+    std::shared_ptr<HTTPTransferDelegate> delegate;
+    CURL* easy = nullptr;
+    curl_slist* headerList = nullptr;
+    char errorBuffer[CURL_ERROR_SIZE] = {};
+    std::vector<std::pair<std::string, std::string>> responseHeaders;
+    bool responseDelivered = false;
+    curl_off_t lastUploaded = 0;
+
+    ~Impl() { release(); }
+
+    void release() {
+        if (easy) curl_easy_cleanup(easy);
+        easy = nullptr;
+        if (headerList) curl_slist_free_all(headerList);
+        headerList = nullptr;
+        delegate.reset();
+    }
+
+    void configure();
+    void deliverResponse();
+    void ended(CURLcode result);
+
+    static size_t onHeader(char* data, size_t size, size_t count, void* self);
+    static size_t onWrite(char* data, size_t size, size_t count, void* self);
+    static int onProgress(void* self, curl_off_t, curl_off_t, curl_off_t ultotal, curl_off_t ulnow);
+};
+
+namespace {
+
+// The transfer thread: one libcurl multi handle driven by one thread, woken for new work.
+class TransferLoop {
+public:
+    static TransferLoop& shared() {
+        // Lives for the process and is never joined, like the global queues: a transfer stuck
+        // on the network must not hold the process at exit.
+        static TransferLoop* loop = new TransferLoop();
+        return *loop;
+    }
+
+    void post(std::function<void()> work) {
+        {
+            std::lock_guard lock(mutex_);
+            commands_.push_back(std::move(work));
+        }
+        curl_multi_wakeup(multi_);
+    }
+
+    // On the transfer thread.
+    void add(const std::shared_ptr<HTTPTransfer::Impl>& transfer) {
+        if (transfer->cancelled) {
+            transfer->release();
+            return;
+        }
+        try {
+            transfer->configure();
+        } catch (const CurlSetupError& e) {
+            failEarly(*transfer, e.code);
+            return;
+        }
+        const CURLMcode code = curl_multi_add_handle(multi_, transfer->easy);
+        if (code != CURLM_OK) {
+            failEarly(*transfer, CURLE_FAILED_INIT);
+            return;
+        }
+        active_.emplace(transfer->easy, transfer);
+    }
+
+    // On the transfer thread: stops a transfer that is still running, without a word.
+    void remove(HTTPTransfer::Impl& transfer) {
+        if (!transfer.easy) return;
+        auto it = active_.find(transfer.easy);
+        if (it == active_.end()) return;
+        auto keep = it->second;
+        active_.erase(it);
+        curl_multi_remove_handle(multi_, transfer.easy);
+        transfer.release();
+    }
+
+private:
+    TransferLoop() {
+        if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) throw std::runtime_error("libcurl failed to start");
+        multi_ = curl_multi_init();
+        if (!multi_) throw std::runtime_error("libcurl failed to make a multi handle");
+        std::thread([this] { run(); }).detach();
+    }
+
+    static void failEarly(HTTPTransfer::Impl& transfer, CURLcode code) {
+        auto delegate = transfer.delegate;
+        const std::string detail = transfer.errorBuffer;
+        transfer.release();
+        if (delegate && !transfer.cancelled) {
+            delegate->transferDidFail(urlErrorForCurlCode(code, transfer.request.url, detail));
+        }
+    }
+
+    void run() {
+        for (;;) {
+            std::vector<std::function<void()>> commands;
+            {
+                std::lock_guard lock(mutex_);
+                commands.swap(commands_);
+            }
+            for (auto& command : commands) command();
+
+            int running = 0;
+            curl_multi_perform(multi_, &running);
+            int queued = 0;
+            while (CURLMsg* message = curl_multi_info_read(multi_, &queued)) {
+                if (message->msg != CURLMSG_DONE) continue;
+                CURL* easy = message->easy_handle;
+                const CURLcode result = message->data.result;
+                auto it = active_.find(easy);
+                if (it == active_.end()) continue;
+                auto transfer = it->second;
+                active_.erase(it);
+                curl_multi_remove_handle(multi_, easy);
+                transfer->ended(result);
+            }
+            curl_multi_poll(multi_, nullptr, 0, 1000, nullptr);
+        }
+    }
+
+    CURLM* multi_ = nullptr;
+    std::mutex mutex_;
+    std::vector<std::function<void()>> commands_;
+    std::unordered_map<CURL*, std::shared_ptr<HTTPTransfer::Impl>> active_;
+};
+
+} // namespace
+
+void HTTPTransfer::Impl::configure() {
+    easy = curl_easy_init();
+    if (!easy) throw CurlSetupError(CURLE_FAILED_INIT);
+    setopt(easy, CURLOPT_ERRORBUFFER, errorBuffer);
+    setopt(easy, CURLOPT_PRIVATE, static_cast<void*>(this));
+    setopt(easy, CURLOPT_URL, request.url.c_str());
+    setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+    setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+    setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
+    setopt(easy, CURLOPT_MAXREDIRS, kMaxRedirects);
+    // Compressed bodies are decoded, as the platform's transfers do.
+    setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
+    setopt(easy, CURLOPT_HEADERFUNCTION, &Impl::onHeader);
+    setopt(easy, CURLOPT_HEADERDATA, static_cast<void*>(this));
+    setopt(easy, CURLOPT_WRITEFUNCTION, &Impl::onWrite);
+    setopt(easy, CURLOPT_WRITEDATA, static_cast<void*>(this));
+    if (options.largeReads) setopt(easy, CURLOPT_BUFFERSIZE, kLargeReadSize);
+    if (options.reportsUploadProgress) {
+        setopt(easy, CURLOPT_XFERINFOFUNCTION, &Impl::onProgress);
+        setopt(easy, CURLOPT_XFERINFODATA, static_cast<void*>(this));
+        setopt(easy, CURLOPT_NOPROGRESS, 0L);
+    }
+
+    const double limit = request.timeoutInterval;
+    if (limit > 0) {
+        const long seconds = std::max(1L, static_cast<long>(limit));
+        setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limit * 1000));
+        setopt(easy, CURLOPT_LOW_SPEED_LIMIT, 1L);
+        setopt(easy, CURLOPT_LOW_SPEED_TIME, seconds);
+    } else {
+        setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, kUnlimitedConnectMs);
+    }
+
+    const std::string& method = request.method;
+    const std::string& body = request.body;
+    if (method == "GET" && body.empty()) {
+        setopt(easy, CURLOPT_HTTPGET, 1L);
+    } else if (method == "HEAD") {
+        setopt(easy, CURLOPT_NOBODY, 1L);
+    } else {
+        // The body stays in `request` for the life of the transfer.
+        setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+        setopt(easy, CURLOPT_POSTFIELDS, body.data());
+        if (method != "POST") setopt(easy, CURLOPT_CUSTOMREQUEST, method.c_str());
+    }
+
+    // Only the caller's fields are sent: libcurl's own "Content-Type" for bodies and "Expect"
+    // for large ones are switched off by naming them without a value.
+    auto append = [this](const std::string& line) {
+        curl_slist* list = curl_slist_append(headerList, line.c_str());
+        if (!list) throw CurlSetupError(CURLE_OUT_OF_MEMORY);
+        headerList = list;
+    };
+    for (const auto& [name, value] : request.headers) append(value.empty() ? name + ";" : name + ": " + value);
+    if (request.valueForHTTPHeaderField("Content-Type").empty()) append("Content-Type:");
+    if (request.valueForHTTPHeaderField("Expect").empty()) append("Expect:");
+    setopt(easy, CURLOPT_HTTPHEADER, headerList);
+}
+
+void HTTPTransfer::Impl::deliverResponse() {
+    if (responseDelivered) return;
+    responseDelivered = true;
+    long status = 0;
+    curl_off_t length = -1;
+    char* effectiveURL = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    curl_easy_getinfo(easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+    curl_easy_getinfo(easy, CURLINFO_EFFECTIVE_URL, &effectiveURL);
+    auto response = std::make_shared<HTTPURLResponse>();
+    response->url = effectiveURL ? std::string(effectiveURL) : request.url;
+    response->statusCode = status;
+    response->headers = responseHeaders;
+    // A compressed body is handed on decoded, so the announced length says nothing of what arrives.
+    const std::string encoding = response->valueForHTTPHeaderField("Content-Encoding");
+    const bool decoded = !encoding.empty() && encoding != "identity";
+    response->expectedContentLength = length < 0 || decoded ? -1 : static_cast<std::int64_t>(length);
+    if (delegate && !cancelled) delegate->transferDidReceiveResponse(std::move(response));
+}
+
+void HTTPTransfer::Impl::ended(CURLcode result) {
+    auto keep = shared_from_this();
+    if (!cancelled && delegate) {
+        if (result == CURLE_OK) {
+            deliverResponse();
+            if (!cancelled) delegate->transferDidFinish();
+        } else {
+            delegate->transferDidFail(urlErrorForCurlCode(result, request.url, errorBuffer));
+        }
+    }
+    release();
+}
+
+size_t HTTPTransfer::Impl::onHeader(char* data, size_t size, size_t count, void* self) {
+    auto* transfer = static_cast<Impl*>(self);
+    const size_t length = size * count;
+    std::string_view line(data, length);
+    while (!line.empty() && (line.back() == '\r' || line.back() == '\n')) line.remove_suffix(1);
+    if (line.starts_with("HTTP/")) {
+        // A new head (after a redirect or an interim answer) replaces the fields of the last.
+        transfer->responseHeaders.clear();
+    } else if (const auto colon = line.find(':'); colon != std::string_view::npos) {
+        std::string_view value = line.substr(colon + 1);
+        while (!value.empty() && (value.front() == ' ' || value.front() == '\t')) value.remove_prefix(1);
+        transfer->responseHeaders.emplace_back(std::string(line.substr(0, colon)), std::string(value));
+    }
+    return length;
+}
+
+size_t HTTPTransfer::Impl::onWrite(char* data, size_t size, size_t count, void* self) {
+    auto* transfer = static_cast<Impl*>(self);
+    const size_t length = size * count;
+    // Cancelled: refuse the bytes, which ends the transfer at once.
+    if (transfer->cancelled || !transfer->delegate) return 0;
+    transfer->deliverResponse();
+    if (transfer->cancelled) return 0;
+    if (!transfer->delegate->transferDidReceiveData(std::string_view(data, length))) return CURL_WRITEFUNC_PAUSE;
+    return length;
+}
+
+int HTTPTransfer::Impl::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t ultotal, curl_off_t ulnow) {
+    auto* transfer = static_cast<Impl*>(self);
+    if (transfer->cancelled) return 1;
+    if (ulnow > transfer->lastUploaded && transfer->delegate) {
+        transfer->lastUploaded = ulnow;
+        transfer->delegate->transferDidSendBodyData(static_cast<std::int64_t>(ulnow), static_cast<std::int64_t>(ultotal));
+    }
+    return 0;
+}
+
+HTTPTransfer::HTTPTransfer(URLRequest request, std::shared_ptr<HTTPTransferDelegate> delegate, Options options)
+    : impl_(std::make_shared<Impl>()) {
+    impl_->request = std::move(request);
+    impl_->delegate = std::move(delegate);
+    impl_->options = options;
+}
+
+HTTPTransfer::~HTTPTransfer() { cancel(); }
+
+void HTTPTransfer::start() {
+    if (impl_->started.exchange(true)) return;
+    TransferLoop::shared().post([impl = impl_] { TransferLoop::shared().add(impl); });
+}
+
+void HTTPTransfer::cancel() {
+    if (impl_->cancelled.exchange(true)) return;
+    if (!impl_->started) {
+        // Never handed over: the delegate can go now. Nothing else touches the transfer.
+        impl_->delegate.reset();
+        return;
+    }
+    TransferLoop::shared().post([impl = impl_] { TransferLoop::shared().remove(*impl); });
+}
+
+void HTTPTransfer::resume() {
+    if (!impl_->started || impl_->cancelled) return;
+    TransferLoop::shared().post([impl = impl_] {
+        if (impl->easy && !impl->cancelled) curl_easy_pause(impl->easy, CURLPAUSE_CONT);
+    });
+}
+
+} // namespace velmo

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "velmo/foundation/URLRequest.h"
+#include "velmo/foundation/VPError.h"
+
+namespace velmo {
+
+/// Hears the events of one transfer, all on the transfer thread, in this order: the response,
+/// the body in pieces, then either the end or a failure. Upload progress comes between them.
+/// Handlers must be quick: every transfer of the process shares that thread.
+class HTTPTransferDelegate {
+public:
+    virtual ~HTTPTransferDelegate() = default;
+    virtual void transferDidReceiveResponse(std::shared_ptr<HTTPURLResponse> response) = 0;
+    /// Answer false to hold the transfer back: it stops reading from the network and hands the
+    /// same bytes again after `HTTPTransfer::resume`.
+    virtual bool transferDidReceiveData(std::string_view data) = 0;
+    virtual void transferDidSendBodyData(std::int64_t totalBytesWritten, std::int64_t totalBytesExpected) = 0;
+    virtual void transferDidFinish() = 0;
+    /// An error in the URL error domain, with the failing URL.
+    virtual void transferDidFail(VPErrorPtr error) = 0;
+};
+
+/// One HTTP exchange on the process's transfer thread, which drives every transfer of the
+/// process through one libcurl multi handle: connections to a host are kept alive and shared,
+/// and no thread waits on any one transfer.
+///
+/// Redirects are followed. The only time limit is the request's `timeoutInterval`, as a limit
+/// on time without progress; a transfer that keeps moving is never cut off here.
+class HTTPTransfer {
+public:
+    struct Options {
+        /// Report body bytes sent (costs a call per progress tick).
+        bool reportsUploadProgress = false;
+        /// Read in large pieces, for big bodies saved to files.
+        bool largeReads = false;
+    };
+
+    /// The transfer keeps the delegate until it has ended or been cancelled.
+    HTTPTransfer(URLRequest request, std::shared_ptr<HTTPTransferDelegate> delegate, Options options);
+    ~HTTPTransfer();
+    HTTPTransfer(const HTTPTransfer&) = delete;
+    HTTPTransfer& operator=(const HTTPTransfer&) = delete;
+
+    /// Hands the transfer to the transfer thread. Once only.
+    void start();
+    /// Ends the transfer from any thread. No event starts after the transfer thread has taken
+    /// the cancel; one already under way may still arrive.
+    void cancel();
+    /// Reads on after the delegate held the transfer back.
+    void resume();
+
+    struct Impl;
+
+private:
+    std::shared_ptr<Impl> impl_;
+};
+
+} // namespace velmo
