@@ -1,0 +1,694 @@
+#include "velmo/net/VPHTTPRequest.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <stdexcept>
+
+#include <boost/url/encode.hpp>
+#include <boost/url/grammar/alnum_chars.hpp>
+#include <boost/url/grammar/lut_chars.hpp>
+#include <boost/url/parse.hpp>
+#include <boost/url/url.hpp>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "velmo/foundation/Base64.h"
+#include "velmo/foundation/Files.h"
+#include "velmo/foundation/Json.h"
+#include "velmo/foundation/SystemLog.h"
+#include "velmo/foundation/URL.h"
+#include "velmo/foundation/Utf8.h"
+#include "velmo/foundation/VDClass.h"
+#include "velmo/net/HTTPTransfer.h"
+#include "velmo/net/VPHTTPClient.h"
+
+namespace velmo {
+
+namespace {
+
+namespace urls = boost::urls;
+
+// Letters, digits and "-._" pass; everything else is escaped, "~" included.
+constexpr urls::grammar::lut_chars kParameterChars = urls::grammar::lut_chars(urls::grammar::alnum_chars) + "-._";
+
+// Body bytes waiting for the serial queue: past the high mark the transfer stops reading until
+// the queue is back under the low mark, so a body saved to a file never piles up in memory.
+constexpr std::size_t kPendingHighWater = 4 * 1024 * 1024;
+constexpr std::size_t kPendingLowWater = 1024 * 1024;
+
+// Cut off by its own timer, an in-memory body has no separate limit on time without progress.
+constexpr double kNoProgressLimit = 0;
+
+std::atomic<double> gDefaultTimeoutInterval{20};
+std::mutex gDefaultUserAgentMutex;
+std::optional<std::string> gDefaultUserAgent;
+std::atomic<unsigned> gTaskCount{0};
+
+const char* methodName(VPHTTPRequestMethod method) {
+    switch (method) {
+    case VPHTTPRequestMethod::GET: return "GET";
+    case VPHTTPRequestMethod::POST: return "POST";
+    case VPHTTPRequestMethod::PUT: return "PUT";
+    case VPHTTPRequestMethod::DELETE: return "DELETE";
+    case VPHTTPRequestMethod::HEAD: return "HEAD";
+    }
+    return "GET";
+}
+
+bool hasBody(VPHTTPRequestMethod method) {
+    return method == VPHTTPRequestMethod::POST || method == VPHTTPRequestMethod::PUT;
+}
+
+void increaseTaskCount() { gTaskCount.fetch_add(1); }
+
+// The count never goes below 0.
+void decreaseTaskCount() {
+    unsigned count = gTaskCount.load();
+    while (count > 0 && !gTaskCount.compare_exchange_weak(count, count - 1)) {
+    }
+}
+
+std::shared_ptr<URL> fileParameter(const Value& value) {
+    return value.isObject() ? value.objectAs<URL>() : nullptr;
+}
+
+// Text that is not UTF-8 is read byte by byte as the platform's ASCII reading does, each byte
+// one character.
+std::string bytesAsCharacters(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size() * 2);
+    for (const char c : bytes) Utf8::append(text, static_cast<unsigned char>(c));
+    return text;
+}
+
+} // namespace
+
+std::string encodedURLParameterString(std::string_view string) { return urls::encode(string, kParameterChars); }
+
+// ---------------------------------------------------------------- transfer events
+
+// Forwards the transfer's events to the request, which it keeps alive while the transfer runs.
+struct VPHTTPRequest::TransferEvents : HTTPTransferDelegate {
+    explicit TransferEvents(std::shared_ptr<VPHTTPRequest> request) : request(std::move(request)) {}
+
+    void transferDidReceiveResponse(std::shared_ptr<HTTPURLResponse> response) override {
+        request->receiveResponse(std::move(response));
+    }
+    bool transferDidReceiveData(std::string_view data) override { return request->receiveData(data); }
+    void transferDidSendBodyData(std::int64_t written, std::int64_t expected) override {
+        // Upload progress is reported for POST only.
+        if (request->method_ != VPHTTPRequestMethod::POST || !request->progress_ || expected <= 0) return;
+        request->saveDataDispatchQueue_->async([request = request, written, expected] {
+            if (!request->completed_) request->progress_(static_cast<float>(written) / static_cast<float>(expected));
+        });
+    }
+    void transferDidFinish() override {
+        request->saveDataDispatchQueue_->async([request = request] { request->finishLoading(); });
+    }
+    void transferDidFail(VPErrorPtr error) override {
+        request->saveDataDispatchQueue_->async(
+            [request = request, error] { request->callCompletionBlockWithResponse(Value(), error); });
+    }
+
+    std::shared_ptr<VPHTTPRequest> request;
+};
+
+// ---------------------------------------------------------------- creation
+
+VPHTTPRequest::VPHTTPRequest(std::string_view address, VPHTTPRequestMethod method, Value parameters,
+                             std::string saveToPath, Progress progress, Completion completion)
+    : method_(method), savePath_(std::move(saveToPath)), progress_(std::move(progress)),
+      completion_(std::move(completion)), parameters_(std::move(parameters)),
+      saveDataDispatchQueue_(DispatchQueue::createSerial(kVPHTTPRequestQueueLabel)),
+      timeoutTimer_(*saveDataDispatchQueue_) {
+    request_.url = std::string(address);
+    request_.method = methodName(method);
+    if (auto url = URL::URLWithString(address)) {
+        requestPath_ = url->path();
+        if (requestPath_.starts_with('/')) requestPath_.erase(0, 1);
+    }
+}
+
+VPHTTPRequest::VPHTTPRequest(std::string_view address, VPHTTPRequestMethod method, Value parameters,
+                             Completion completion)
+    : VPHTTPRequest(address, method, std::move(parameters), std::string(), nullptr, std::move(completion)) {}
+
+VPHTTPRequest::~VPHTTPRequest() {
+    if (transfer_) transfer_->cancel();
+    closeFile();
+}
+
+const VDClass& VPHTTPRequest::classObject() {
+    static const VDClass cls("VPHTTPRequest", &Operation::classObject(), nullptr);
+    return cls;
+}
+
+// ---------------------------------------------------------------- class operations
+
+namespace {
+std::shared_ptr<VPHTTPRequest> started(std::shared_ptr<VPHTTPRequest> request) {
+    request->start();
+    return request;
+}
+} // namespace
+
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::GET(std::string_view address, Value parameters, Completion completion) {
+    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::GET, std::move(parameters),
+                                                   std::move(completion)));
+}
+
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::GET(std::string_view address, Value parameters, std::string saveToPath,
+                                                  Progress progress, Completion completion) {
+    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::GET, std::move(parameters),
+                                                   std::move(saveToPath), std::move(progress),
+                                                   std::move(completion)));
+}
+
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::POST(std::string_view address, Value parameters, Completion completion) {
+    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::POST, std::move(parameters),
+                                                   std::move(completion)));
+}
+
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::POST(std::string_view address, Value parameters, Progress progress,
+                                                   Completion completion) {
+    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::POST, std::move(parameters),
+                                                   std::string(), std::move(progress), std::move(completion)));
+}
+
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::PUT(std::string_view address, Value parameters, Completion completion) {
+    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::PUT, std::move(parameters),
+                                                   std::move(completion)));
+}
+
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::DELETE(std::string_view address, Value parameters,
+                                                     Completion completion) {
+    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::DELETE, std::move(parameters),
+                                                   std::move(completion)));
+}
+
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::HEAD(std::string_view address, Value parameters, Completion completion) {
+    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::HEAD, std::move(parameters),
+                                                   std::move(completion)));
+}
+
+// ---------------------------------------------------------------- process-wide values
+
+double VPHTTPRequest::defaultTimeoutInterval() { return gDefaultTimeoutInterval.load(); }
+
+void VPHTTPRequest::setDefaultTimeoutInterval(double seconds) { gDefaultTimeoutInterval.store(seconds); }
+
+std::optional<std::string> VPHTTPRequest::defaultUserAgent() {
+    std::lock_guard lock(gDefaultUserAgentMutex);
+    return gDefaultUserAgent;
+}
+
+void VPHTTPRequest::setDefaultUserAgent(std::optional<std::string> userAgent) {
+    std::lock_guard lock(gDefaultUserAgentMutex);
+    gDefaultUserAgent = std::move(userAgent);
+}
+
+unsigned VPHTTPRequest::taskCount() { return gTaskCount.load(); }
+
+// ---------------------------------------------------------------- fields
+
+void VPHTTPRequest::setValue(std::optional<std::string> value, std::string_view field) {
+    std::lock_guard lock(mutex_);
+    if (value) {
+        request_.setValueForHTTPHeaderField(std::move(*value), field);
+    } else {
+        request_.removeValueForHTTPHeaderField(field);
+    }
+}
+
+void VPHTTPRequest::signRequestWithUsername(std::string_view username, std::string_view password) {
+    // RFC 7617: the credentials travel as UTF-8, which is ASCII for ASCII names.
+    setValue("Basic " + Base64::encode(fmt::format("{}:{}", username, password)), "Authorization");
+}
+
+bool VPHTTPRequest::sendParametersAsJSON() const {
+    std::lock_guard lock(mutex_);
+    return sendParametersAsJSON_;
+}
+
+void VPHTTPRequest::setSendParametersAsJSON(bool json) {
+    std::lock_guard lock(mutex_);
+    sendParametersAsJSON_ = json;
+}
+
+std::optional<std::string> VPHTTPRequest::userAgent() const {
+    std::lock_guard lock(mutex_);
+    return userAgent_;
+}
+
+void VPHTTPRequest::setUserAgent(std::optional<std::string> userAgent) {
+    std::lock_guard lock(mutex_);
+    userAgent_ = std::move(userAgent);
+}
+
+unsigned VPHTTPRequest::cachePolicy() const {
+    std::lock_guard lock(mutex_);
+    return cachePolicy_;
+}
+
+void VPHTTPRequest::setCachePolicy(unsigned policy) {
+    std::lock_guard lock(mutex_);
+    cachePolicy_ = policy;
+}
+
+unsigned VPHTTPRequest::timeoutInterval() const {
+    std::lock_guard lock(mutex_);
+    if (timeoutInterval_ != 0) return timeoutInterval_;
+    return static_cast<unsigned>(gDefaultTimeoutInterval.load());
+}
+
+void VPHTTPRequest::setTimeoutInterval(unsigned seconds) {
+    {
+        std::lock_guard lock(mutex_);
+        timeoutInterval_ = seconds;
+    }
+    // A caller may set the limit on a request its client has already started (the queue starts
+    // requests at once): the running timer takes it.
+    if (isExecuting() && savePath_.empty() && !completed_) armTimeoutTimer();
+}
+
+URLRequest VPHTTPRequest::operationRequest() const {
+    std::lock_guard lock(mutex_);
+    return request_;
+}
+
+Value VPHTTPRequest::parameters() const {
+    std::lock_guard lock(mutex_);
+    return parameters_;
+}
+
+std::shared_ptr<HTTPURLResponse> VPHTTPRequest::operationURLResponse() const {
+    std::lock_guard lock(mutex_);
+    return response_;
+}
+
+std::shared_ptr<VPHTTPClient> VPHTTPRequest::client() const {
+    std::lock_guard lock(mutex_);
+    return client_.lock();
+}
+
+void VPHTTPRequest::setClient(const std::shared_ptr<VPHTTPClient>& client) {
+    std::lock_guard lock(mutex_);
+    client_ = client;
+}
+
+std::shared_ptr<HTTPTransfer> VPHTTPRequest::transfer() const {
+    std::lock_guard lock(mutex_);
+    return transfer_;
+}
+
+// ---------------------------------------------------------------- encoding
+
+std::string_view VPHTTPRequest::imageType(std::string_view bytes) {
+    const auto* b = reinterpret_cast<const unsigned char*>(bytes.data());
+    if (bytes.size() >= 5 && b[0] == 0xFF && b[1] == 0xD8 && b[2] == 0xFF && b[3] == 0xE0) return "jpg";
+    if (bytes.size() >= 4 && bytes.starts_with("GIF")) return "gif";
+    if (bytes.size() >= 5 && b[0] == 0x89 && bytes.substr(1, 3) == "PNG") return "png";
+    return {};
+}
+
+std::string VPHTTPRequest::parameterStringForDictionary(const Dictionary& parameters) const {
+    std::string result;
+    for (const auto& [key, value] : parameters) {
+        if (!result.empty()) result += '&';
+        result += key.stringView();
+        result += '=';
+        if (value.isString()) {
+            result += encodedURLParameterString(value.stringView());
+        } else if (value.isNumber()) {
+            result += value.description();
+        } else {
+            throw std::invalid_argument(
+                fmt::format("{} requests only accept NSString, NSNumber and NSData parameters.", methodName(method_)));
+        }
+    }
+    return result;
+}
+
+std::string VPHTTPRequest::multipartBody(const Dictionary& parameters) const {
+    std::string body;
+    int fileIndex = 0;
+    auto fileHead = [&](std::string_view name, std::string_view fileName, std::string_view type) {
+        body += fmt::format("--{}\r\n", kVPHTTPRequestBoundary);
+        body += fmt::format("Content-Disposition: attachment; name=\"{}\"; filename=\"{}\"\r\n", name, fileName);
+        body += fmt::format("Content-Type: {}\r\n\r\n", type);
+        ++fileIndex;
+    };
+    for (const auto& [key, value] : parameters) {
+        const std::string_view name = key.stringView();
+        if (auto url = fileParameter(value)) {
+            const auto contents = url->isFileURL() ? Files::read(url->path()) : std::nullopt;
+            if (!contents) {
+                throw std::invalid_argument(fmt::format("The file at {} could not be read for the parameter {}.",
+                                                        url->absoluteString(), name));
+            }
+            fileHead(name, url->lastPathComponent(), "application/octet-stream");
+            body += *contents;
+        } else if (value.isBytes()) {
+            const std::string_view bytes = value.bytesView();
+            const std::string_view extension = imageType(bytes);
+            // The index keeps the names of files sent in the same second apart.
+            std::string fileName =
+                fmt::format("userfile{}{:x}", fileIndex, static_cast<unsigned long long>(std::time(nullptr)));
+            if (!extension.empty()) fileName += fmt::format(".{}", extension);
+            fileHead(name, fileName,
+                     extension.empty() ? std::string("application/octet-stream") : fmt::format("image/{}", extension));
+            body += bytes;
+        } else {
+            body += fmt::format("--{}\r\n", kVPHTTPRequestBoundary);
+            body += fmt::format("Content-Disposition: form-data; name=\"{}\"\r\n\r\n", name);
+            body += value.isString() ? value.str() : value.description();
+        }
+        body += "\r\n";
+    }
+    body += fmt::format("--{}--\r\n", kVPHTTPRequestBoundary);
+    return body;
+}
+
+void VPHTTPRequest::addParametersToRequest(const Value& parameters) {
+    const char* method = methodName(method_);
+    if (!hasBody(method_)) {
+        if (!parameters.isDictionary()) {
+            throw std::invalid_argument("GET and DELETE parameters must be provided as NSDictionary.");
+        }
+        const Dictionary dictionary = parameters.dictionary();
+        if (dictionary.empty()) return;
+        const std::string query = parameterStringForDictionary(dictionary);
+        std::lock_guard lock(mutex_);
+        // Parameters join a query the address already has.
+        auto parsed = urls::parse_uri(request_.url);
+        if (!parsed) {
+            request_.url = fmt::format("{}?{}", request_.url, query);
+            return;
+        }
+        urls::url url(*parsed);
+        url.set_encoded_query(url.has_query() ? fmt::format("{}&{}", url.encoded_query(), query) : query);
+        request_.url = std::string(url.buffer());
+        return;
+    }
+
+    std::string body;
+    std::string contentType;
+    if (!sendParametersAsJSON()) {
+        if (!parameters.isDictionary()) {
+            throw std::invalid_argument(
+                "POST and PUT parameters must be provided as NSDictionary when sendParametersAsJSON is set to NO.");
+        }
+        const Dictionary dictionary = parameters.dictionary();
+        bool multipart = false;
+        for (const auto& entry : dictionary) {
+            const Value& value = entry.value;
+            if (value.isBytes() || fileParameter(value)) {
+                multipart = true;
+            } else if (!value.isString() && !value.isNumber()) {
+                throw std::invalid_argument(fmt::format("{} requests only accept NSString and NSNumber parameters.", method));
+            }
+        }
+        if (multipart) {
+            body = multipartBody(dictionary);
+            contentType = fmt::format("multipart/form-data; boundary={}", kVPHTTPRequestBoundary);
+        } else {
+            body = parameterStringForDictionary(dictionary);
+            contentType = "application/x-www-form-urlencoded";
+        }
+    } else {
+        if (!parameters.isDictionary() && !parameters.isArray()) {
+            throw std::invalid_argument("POST and PUT parameters must be provided as NSDictionary or NSArray when "
+                                        "sendParametersAsJSON is set to YES.");
+        }
+        try {
+            body = Json::write(parameters);
+        } catch (const JsonWriteError& e) {
+            throw std::invalid_argument(fmt::format("Invalid type in JSON write: {}", e.what()));
+        }
+        contentType = "application/json";
+    }
+    std::lock_guard lock(mutex_);
+    request_.setValueForHTTPHeaderField(std::move(contentType), "Content-Type");
+    request_.body = std::move(body);
+}
+
+// ---------------------------------------------------------------- start
+
+void VPHTTPRequest::start() {
+    if (isCancelled()) {
+        finish();
+        return;
+    }
+    const Value parameters = this->parameters();
+    if (!parameters.isNil()) addParametersToRequest(parameters);
+
+    URLRequest request;
+    {
+        std::lock_guard lock(mutex_);
+        parameters_ = Value();
+        if (userAgent_) {
+            request_.setValueForHTTPHeaderField(*userAgent_, "User-Agent");
+        } else if (auto agent = defaultUserAgent()) {
+            request_.setValueForHTTPHeaderField(*agent, "User-Agent");
+        }
+        if (savePath_.empty()) request_.timeoutInterval = kNoProgressLimit;
+        startTime_ = std::chrono::steady_clock::now();
+        request = request_;
+    }
+    taskCount_ = TaskCount::Raising;
+    DispatchQueue::main().async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this())] {
+        TaskCount expected = TaskCount::Raising;
+        if (self->taskCount_.compare_exchange_strong(expected, TaskCount::Raised)) increaseTaskCount();
+    });
+
+    VPErrorPtr failure;
+    if (!savePath_.empty()) {
+        // Opened before the request counts as executing, since a cancel from then on closes it on
+        // the serial queue; written there only.
+        fileDescriptor_ = ::open(savePath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+        if (fileDescriptor_ < 0) {
+            failure = VPError::make(
+                kVPHTTPRequestWriteErrorDomain, 0,
+                Dictionary{{kNSLocalizedDescriptionKey,
+                            Value(fmt::format("The file \"{}\" could not be created: {}", savePath_, std::strerror(errno)))},
+                           {"NSFilePath", Value(savePath_)}});
+        }
+    }
+    setState(OperationState::Executing);
+    if (savePath_.empty()) armTimeoutTimer();
+    if (!failure && !URL::URLWithString(request.url)) failure = errorWithFailingURL(kNSURLErrorBadURL, "bad URL");
+    if (failure) {
+        saveDataDispatchQueue_->async(
+            [self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()), failure] {
+                self->callCompletionBlockWithResponse(Value(), failure);
+            });
+        return;
+    }
+
+    const std::string address = request.url;
+    HTTPTransfer::Options options;
+    options.reportsUploadProgress = method_ == VPHTTPRequestMethod::POST && progress_ != nullptr;
+    options.largeReads = !savePath_.empty();
+    auto transfer = std::make_shared<HTTPTransfer>(
+        std::move(request), std::make_shared<TransferEvents>(std::static_pointer_cast<VPHTTPRequest>(shared_from_this())),
+        options);
+    {
+        std::lock_guard lock(mutex_);
+        // Cancelled while starting: the transfer never goes out.
+        if (finishing_) return;
+        transfer_ = transfer;
+        transfer->start();
+    }
+    SystemLog::log(fmt::format("[{}] {}", methodName(method_), address));
+}
+
+void VPHTTPRequest::armTimeoutTimer() {
+    std::chrono::steady_clock::duration remaining;
+    {
+        std::lock_guard lock(mutex_);
+        const unsigned seconds = timeoutInterval_ != 0 ? timeoutInterval_ : static_cast<unsigned>(gDefaultTimeoutInterval.load());
+        remaining = startTime_ + std::chrono::seconds(seconds) - std::chrono::steady_clock::now();
+    }
+    std::weak_ptr<VPHTTPRequest> weak = std::static_pointer_cast<VPHTTPRequest>(shared_from_this());
+    timeoutTimer_.start(
+        std::max(remaining, std::chrono::steady_clock::duration::zero()),
+        [weak] {
+            if (auto self = weak.lock()) self->requestTimeout();
+        },
+        false);
+}
+
+// ---------------------------------------------------------------- receiving (serial queue unless said)
+
+VPErrorPtr VPHTTPRequest::errorWithFailingURL(std::int64_t code, const char* description) const {
+    const std::string url = operationRequest().url;
+    Dictionary info = Dictionary::create();
+    if (description) info.set(kNSLocalizedDescriptionKey, Value(description));
+    info.set(kNSURLErrorFailingURLErrorKey, Value(url));
+    info.set(kNSURLErrorFailingURLStringErrorKey, Value(url));
+    return VPError::make(kNSURLErrorDomain, code, info);
+}
+
+void VPHTTPRequest::requestTimeout() {
+    if (completed_) return;
+    if (auto transfer = this->transfer()) transfer->cancel();
+    callCompletionBlockWithResponse(Value(), errorWithFailingURL(kNSURLErrorTimedOut, "The operation timed out."));
+}
+
+// On the transfer thread: the events go to the serial queue, in order.
+void VPHTTPRequest::receiveResponse(std::shared_ptr<HTTPURLResponse> response) {
+    saveDataDispatchQueue_->async(
+        [self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()), response = std::move(response)] {
+            const std::int64_t expected = response->expectedContentLength;
+            self->expectedContentLength_ = expected < 0 ? -1.0f : static_cast<float>(expected);
+            self->receivedContentLength_ = 0;
+            std::lock_guard lock(self->mutex_);
+            self->response_ = response;
+        });
+}
+
+// On the transfer thread. False holds the transfer back until the queue has caught up.
+bool VPHTTPRequest::receiveData(std::string_view data) {
+    if (completed_) return true;
+    paused_ = true;
+    if (pendingBytes_.load() > kPendingHighWater) return false;
+    paused_ = false;
+    pendingBytes_ += data.size();
+    saveDataDispatchQueue_->async(
+        [self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()), chunk = std::string(data)] {
+            self->writeChunk(chunk);
+        });
+    return true;
+}
+
+void VPHTTPRequest::writeChunk(const std::string& chunk) {
+    if (!completed_) {
+        if (savePath_.empty()) {
+            operationData_ += chunk;
+        } else {
+            std::size_t written = 0;
+            while (written < chunk.size()) {
+                const ssize_t n = ::write(fileDescriptor_, chunk.data() + written, chunk.size() - written);
+                if (n < 0 && errno == EINTR) continue;
+                if (n <= 0) {
+                    const std::string reason = std::strerror(n < 0 ? errno : ENOSPC);
+                    if (auto transfer = this->transfer()) transfer->cancel();
+                    callCompletionBlockWithResponse(
+                        Value(), VPError::make(kVPHTTPRequestWriteErrorDomain, 0,
+                                               Dictionary{{kNSLocalizedDescriptionKey,
+                                                           Value(fmt::format("Could not write to \"{}\": {}",
+                                                                             savePath_, reason))},
+                                                          {"NSFilePath", Value(savePath_)}}));
+                    break;
+                }
+                written += static_cast<std::size_t>(n);
+            }
+        }
+        const float expected = expectedContentLength_.load();
+        receivedContentLength_ = receivedContentLength_.load() + static_cast<float>(chunk.size());
+        if (progress_ && !completed_) progress_(expected > 0 ? receivedContentLength_.load() / expected : -1.0f);
+    }
+    const std::size_t left = pendingBytes_ -= chunk.size();
+    if (left <= kPendingLowWater && paused_.exchange(false)) {
+        if (auto transfer = this->transfer()) transfer->resume();
+    }
+}
+
+void VPHTTPRequest::finishLoading() {
+    if (completed_) return;
+    Value response = Value::bytes(operationData_);
+    operationData_ = std::string();
+    VPErrorPtr error;
+    const auto urlResponse = operationURLResponse();
+    const std::string_view data = response.bytesView();
+    if (urlResponse && urlResponse->MIMEType() == "application/json" && !data.empty()) {
+        Json::ReadOptions options;
+        options.allowFragments = true;
+        JsonParseError parseError("", 0);
+        Value parsed = Json::tryParse(data, options, &parseError);
+        if (parsed.isNil() && !Utf8::isValid(data)) parsed = Json::tryParse(bytesAsCharacters(data), options);
+        if (!parsed.isNil()) {
+            response = parsed;
+        } else {
+            error = VPError::make(
+                kNSCocoaErrorDomain, kNSPropertyListReadCorruptError,
+                Dictionary{{kNSLocalizedDescriptionKey,
+                            Value("The data couldn\u2019t be read because it isn\u2019t in the correct format.")},
+                           {kNSDebugDescriptionErrorKey,
+                            Value(fmt::format("{} around character {}.", parseError.reason(), parseError.offset()))}});
+        }
+    }
+    callCompletionBlockWithResponse(std::move(response), std::move(error));
+}
+
+// ---------------------------------------------------------------- completion
+
+void VPHTTPRequest::callCompletionBlockWithResponse(Value response, VPErrorPtr error) {
+    // Time-out, transfer end and write failure race for this step: the first one completes.
+    if (completed_.exchange(true)) return;
+    timeoutTimer_.cancel();
+    closeFile();
+    DispatchQueue::main().async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()),
+                                 response = std::move(response), urlResponse = operationURLResponse(),
+                                 error = std::move(error)]() mutable {
+        self->completeOnMainQueue(response, urlResponse, std::move(error));
+    });
+}
+
+void VPHTTPRequest::completeOnMainQueue(const Value& response, const std::shared_ptr<HTTPURLResponse>& urlResponse,
+                                        VPErrorPtr error) {
+    if (!error && urlResponse) {
+        const long status = urlResponse->statusCode;
+        if (status == 500) {
+            error = errorWithFailingURL(kNSURLErrorBadServerResponse, "Bad Server Response.");
+        } else if (status >= 300) {
+            error = errorWithFailingURL(status, nullptr);
+        }
+    }
+    Completion completion = std::move(completion_);
+    if (completion && !isCancelled()) {
+        try {
+            completion(response, urlResponse, error);
+        } catch (const std::exception& e) {
+            SystemLog::log(fmt::format("*** VPHTTPRequest completion raised: {}", e.what()));
+        } catch (...) {
+            SystemLog::log("*** VPHTTPRequest completion raised");
+        }
+    }
+    finish();
+}
+
+void VPHTTPRequest::cancel() {
+    if (!isExecuting()) return;
+    markCancelled();
+    timeoutTimer_.cancel();
+    finish();
+}
+
+void VPHTTPRequest::finish() {
+    std::shared_ptr<HTTPTransfer> transfer;
+    {
+        std::lock_guard lock(mutex_);
+        // Cancel and the completion step may both end the request: only the first does.
+        if (finishing_) return;
+        finishing_ = true;
+        transfer = std::move(transfer_);
+    }
+    if (transfer) transfer->cancel();
+    if (taskCount_.exchange(TaskCount::Done) == TaskCount::Raised) decreaseTaskCount();
+    if (!savePath_.empty()) {
+        saveDataDispatchQueue_->async(
+            [self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this())] { self->closeFile(); });
+    }
+    setState(OperationState::Finished);
+}
+
+void VPHTTPRequest::closeFile() {
+    if (fileDescriptor_ >= 0) ::close(fileDescriptor_);
+    fileDescriptor_ = -1;
+}
+
+} // namespace velmo
