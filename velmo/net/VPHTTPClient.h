@@ -1,0 +1,121 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "velmo/foundation/Object.h"
+#include "velmo/foundation/OperationQueue.h"
+#include "velmo/foundation/Value.h"
+#include "velmo/net/VPHTTPRequest.h"
+
+namespace velmo {
+
+/// What many requests have in common — base path, base parameters, default headers, Basic
+/// credentials, caching, time-out, user agent — and a private queue that runs them.
+///
+/// Fields are meant to be set from one thread (the main thread) while requests are made; each
+/// request takes a copy of them when it is queued.
+class VPHTTPClient : public Object {
+public:
+    VPHTTPClient();
+    ~VPHTTPClient() override;
+
+    static const VDClass& classObject();
+    const VDClass& objectClass() const override { return classObject(); }
+
+    /// The client under "master".
+    static std::shared_ptr<VPHTTPClient> sharedClient();
+    /// One client per identifier, made on first use, whichever class asks.
+    static std::shared_ptr<VPHTTPClient> sharedClientWithIdentifier(std::string_view identifier);
+    /// sharedClientWithIdentifier: as sent to the class `receiver`. A receiver that conforms to
+    /// VVAPIClientInterface (`receiverIsAPIClient`) gets an instance of the class bound to that
+    /// interface in VVDI, which is then bound there as the interface's instance; any other
+    /// receiver gets an instance of itself.
+    static std::shared_ptr<VPHTTPClient> sharedClientWithIdentifier(std::string_view identifier,
+                                                                    const VDClass& receiver, bool receiverIsAPIClient);
+
+    // ---- fields
+
+    /// Copied to each request; stays as last set.
+    bool sendParametersAsJSON() const { return sendParametersAsJSON_; }
+    void setSendParametersAsJSON(bool json) { sendParametersAsJSON_ = json; }
+    /// Merged into the parameters of each request; on a clash these win.
+    Dictionary baseParameters() const { return baseParameters_; }
+    void setBaseParameters(Dictionary parameters) { baseParameters_ = std::move(parameters); }
+    const std::optional<std::string>& username() const { return username_; }
+    const std::optional<std::string>& password() const { return password_; }
+    /// Put in front of each path; "" by default.
+    const std::string& basePath() const { return basePath_; }
+    void setBasePath(std::string basePath) { basePath_ = std::move(basePath); }
+    const std::optional<std::string>& userAgent() const { return userAgent_; }
+    void setUserAgent(std::optional<std::string> userAgent) { userAgent_ = std::move(userAgent); }
+    unsigned cachePolicy() const { return cachePolicy_; }
+    void setCachePolicy(unsigned policy) { cachePolicy_ = policy; }
+    /// Seconds; 0 leaves each request the default.
+    unsigned timeoutInterval() const { return timeoutInterval_; }
+    void setTimeoutInterval(unsigned seconds) { timeoutInterval_ = seconds; }
+    OperationQueue& operationQueue() { return operationQueue_; }
+    /// The headers of each request, made on first use.
+    Dictionary HTTPHeaderFields();
+
+    /// setBasicAuthWithUsername:password:
+    void setBasicAuthWithUsername(std::optional<std::string> username, std::optional<std::string> password);
+    /// setValue:forHTTPHeaderField: — nothing removes the field.
+    void setValue(std::optional<std::string> value, std::string_view field);
+
+    // ---- sending; each returns the queued request, which may still be changed until it starts
+
+    using Completion = VPHTTPRequest::Completion;
+    using Progress = VPHTTPRequest::Progress;
+
+    /// GET:parameters:completion:
+    std::shared_ptr<VPHTTPRequest> GET(std::string_view path, Value parameters, Completion completion);
+    /// GET:parameters:saveToPath:progress:completion:
+    std::shared_ptr<VPHTTPRequest> GET(std::string_view path, Value parameters, std::string saveToPath,
+                                       Progress progress, Completion completion);
+    /// POST:parameters:completion:
+    std::shared_ptr<VPHTTPRequest> POST(std::string_view path, Value parameters, Completion completion);
+    /// POST:parameters:requestHTTPHeaders:completion:
+    std::shared_ptr<VPHTTPRequest> POST(std::string_view path, Value parameters, Dictionary requestHTTPHeaders,
+                                        Completion completion);
+    /// POST:parameters:progress:completion:
+    std::shared_ptr<VPHTTPRequest> POST(std::string_view path, Value parameters, Progress progress,
+                                        Completion completion);
+    /// PUT:parameters:completion:
+    std::shared_ptr<VPHTTPRequest> PUT(std::string_view path, Value parameters, Completion completion);
+    /// DELETE:parameters:completion:
+    std::shared_ptr<VPHTTPRequest> DELETE(std::string_view path, Value parameters, Completion completion);
+    /// HEAD:parameters:completion:
+    std::shared_ptr<VPHTTPRequest> HEAD(std::string_view path, Value parameters, Completion completion);
+
+    /// Cancels each queued request whose `requestPath` is exactly `path` (no leading "/").
+    void cancelRequestsWithPath(std::string_view path);
+    void cancelAllRequests();
+
+protected:
+    /// queueRequest:method:parameters:saveToPath:progress:requestHTTPHeaders:completion: — where
+    /// every sending form arrives.
+    virtual std::shared_ptr<VPHTTPRequest> queueRequest(std::string_view path, VPHTTPRequestMethod method,
+                                                        Value parameters, std::string saveToPath, Progress progress,
+                                                        Dictionary requestHTTPHeaders, Completion completion);
+    /// queueRequest: — adds the request to the queue.
+    virtual void queueRequest(const std::shared_ptr<VPHTTPRequest>& request);
+
+private:
+    bool sendParametersAsJSON_ = false;
+    Dictionary baseParameters_;
+    std::optional<std::string> username_;
+    std::optional<std::string> password_;
+    std::string basePath_;
+    std::optional<std::string> userAgent_;
+    unsigned cachePolicy_ = 0;
+    unsigned timeoutInterval_ = 0;
+    std::once_flag headersOnce_;
+    Dictionary HTTPHeaderFields_;
+    OperationQueue operationQueue_{"VPHTTPClient"};
+};
+
+} // namespace velmo
