@@ -1,0 +1,187 @@
+#include <algorithm>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "NetTestServer.h"
+#include "velmo/foundation/VDClass.h"
+#include "velmo/net/VPHTTPClient.h"
+
+using namespace velmo;
+using namespace velmo::test;
+
+class VPHTTPClientTest : public NetTest {
+protected:
+    VPHTTPClientTest() : client(std::make_shared<VPHTTPClient>()) { client->setBasePath(server.baseURL()); }
+
+    std::shared_ptr<VPHTTPClient> client;
+};
+
+TEST_F(VPHTTPClientTest, BaseParametersJoinEachRequestAndWinOnAClash) {
+    client->setBaseParameters(Dictionary{{"token", Value("base")}, {"v", Value(2)}});
+    const struct {
+        const char* name;
+        VPHTTPRequestMethod method;
+        bool json;
+        Value parameters;
+        const char* target;
+        const char* body;
+        const char* contentType;
+    } cases[] = {
+        {"get query", VPHTTPRequestMethod::GET, false, Value(Dictionary{{"q", Value("x")}, {"token", Value("mine")}}),
+         "/echo?q=x&token=base&v=2", "", "<absent>"},
+        {"form", VPHTTPRequestMethod::POST, false, Value(), "/echo", "token=base&v=2",
+         "application/x-www-form-urlencoded"},
+        {"json dictionary", VPHTTPRequestMethod::PUT, true, Value(Dictionary{{"a", Value(1)}}), "/echo",
+         R"({"a":1,"token":"base","v":2})", "application/json"},
+        {"json array stays as given", VPHTTPRequestMethod::POST, true, Value(Array{Value(1)}), "/echo", "[1]",
+         "application/json"},
+        {"json nothing stays nothing", VPHTTPRequestMethod::POST, true, Value(), "/echo", "", "<absent>"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        client->setSendParametersAsJSON(c.json);
+        Outcome outcome;
+        switch (c.method) {
+        case VPHTTPRequestMethod::GET: client->GET("/echo", c.parameters, outcome.completion()); break;
+        case VPHTTPRequestMethod::POST: client->POST("/echo", c.parameters, outcome.completion()); break;
+        default: client->PUT("/echo", c.parameters, outcome.completion()); break;
+        }
+        ASSERT_TRUE(outcome.wait());
+        ASSERT_FALSE(outcome.error) << outcome.error->description();
+        EXPECT_EQ(outcome.echo().get("target").str(), c.target);
+        EXPECT_EQ(echoedBody(outcome), c.body);
+        EXPECT_EQ(echoedHeader(outcome, "content-type"), c.contentType);
+    }
+}
+
+TEST_F(VPHTTPClientTest, EmptyFormPostWithoutBaseParameters) {
+    Outcome outcome;
+    client->POST("/echo", Value(), outcome.completion());
+    ASSERT_TRUE(outcome.wait());
+    EXPECT_EQ(echoedBody(outcome), "");
+    EXPECT_EQ(echoedHeader(outcome, "content-type"), "application/x-www-form-urlencoded");
+}
+
+TEST_F(VPHTTPClientTest, ClientHeadersWinOverPerRequestHeaders) {
+    client->setValue("client", "X-Both");
+    client->setValue("client", "X-Client");
+    client->setValue("gone", "X-Removed");
+    client->setValue(std::nullopt, "X-Removed");
+    Outcome outcome;
+    client->POST("/echo", Value(), Dictionary{{"X-Both", Value("request")}, {"X-Request", Value("request")}},
+                 outcome.completion());
+    ASSERT_TRUE(outcome.wait());
+    EXPECT_EQ(echoedHeader(outcome, "x-both"), "client");
+    EXPECT_EQ(echoedHeader(outcome, "x-client"), "client");
+    EXPECT_EQ(echoedHeader(outcome, "x-request"), "request");
+    EXPECT_EQ(echoedHeader(outcome, "x-removed"), "<absent>");
+}
+
+TEST_F(VPHTTPClientTest, BasicCredentialsNeedBothNameAndPassword) {
+    const struct {
+        std::optional<std::string> username;
+        std::optional<std::string> password;
+        const char* authorization;
+    } cases[] = {
+        {"user", "pass", "Basic dXNlcjpwYXNz"},
+        {"user", std::nullopt, "<absent>"},
+        {std::nullopt, "pass", "<absent>"},
+    };
+    for (const auto& c : cases) {
+        client->setBasicAuthWithUsername(c.username, c.password);
+        Outcome outcome;
+        client->GET("/echo", Value(), outcome.completion());
+        ASSERT_TRUE(outcome.wait());
+        EXPECT_EQ(echoedHeader(outcome, "authorization"), c.authorization);
+    }
+}
+
+TEST_F(VPHTTPClientTest, RequestsTakeTheClientsSettings) {
+    client->setSendParametersAsJSON(true);
+    client->setCachePolicy(1);
+    client->setUserAgent("Velmo/1");
+    client->setTimeoutInterval(42);
+    client->operationQueue().setMaxConcurrentOperationCount(1);
+    // A request ahead keeps the one below waiting, so its fields can be read before it starts.
+    Outcome first;
+    Outcome second;
+    client->GET("/slow?ms=200", Value(), first.completion());
+    auto request = client->POST("/echo", Value(Array{Value(1)}), second.completion());
+    EXPECT_TRUE(request->sendParametersAsJSON());
+    EXPECT_EQ(request->cachePolicy(), 1u);
+    EXPECT_EQ(request->userAgent(), "Velmo/1");
+    EXPECT_EQ(request->timeoutInterval(), 42u);
+    EXPECT_EQ(request->client(), client);
+    ASSERT_TRUE(waitFor([&] { return first.calls + second.calls == 2; }));
+    EXPECT_EQ(echoedHeader(second, "user-agent"), "Velmo/1");
+    EXPECT_EQ(echoedBody(second), "[1]");
+}
+
+TEST_F(VPHTTPClientTest, CancelByPathMatchesTheStoredPathExactly) {
+    const struct {
+        const char* cancelPath;
+        bool cancelled;
+    } cases[] = {{"/slow", false}, {"slow", true}, {"slo", false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.cancelPath);
+        const int answered = server.slowAnswered();
+        Outcome slow;
+        Outcome other;
+        auto request = client->GET("/slow?ms=300", Value(), slow.completion());
+        client->GET("/text", Value(), other.completion());
+        ASSERT_TRUE(waitFor([&] { return request->isExecuting() || request->isFinished(); }));
+        EXPECT_EQ(request->requestPath(), "slow");
+        client->cancelRequestsWithPath(c.cancelPath);
+        ASSERT_TRUE(waitFor([&] { return request->isFinished() && other.calls == 1; }));
+        // Past the server's answer, a cancelled request still hears nothing.
+        ASSERT_TRUE(waitFor([&] { return server.slowAnswered() == answered + 1; }));
+        runMainLoopUntil([&] { return slow.calls > 0; }, std::chrono::milliseconds(200));
+        EXPECT_EQ(slow.calls, c.cancelled ? 0 : 1);
+        EXPECT_EQ(request->isCancelled(), c.cancelled);
+    }
+}
+
+TEST_F(VPHTTPClientTest, CancelAllStopsRunningRequestsAndLetsWaitingOnesRun) {
+    client->operationQueue().setMaxConcurrentOperationCount(2);
+    std::vector<Outcome> outcomes(4);
+    std::vector<std::shared_ptr<VPHTTPRequest>> requests;
+    for (auto& outcome : outcomes) requests.push_back(client->GET("/slow?ms=300", Value(), outcome.completion()));
+    ASSERT_TRUE(waitFor([&] { return requests[0]->isExecuting() && requests[1]->isExecuting(); }));
+    client->cancelAllRequests();
+    // The two that had not begun ignore the cancel and run when their turn comes.
+    ASSERT_TRUE(waitFor([&] { return outcomes[2].calls == 1 && outcomes[3].calls == 1; }));
+    EXPECT_EQ(outcomes[0].calls, 0);
+    EXPECT_EQ(outcomes[1].calls, 0);
+    EXPECT_EQ(client->operationQueue().operationCount(), 0u);
+}
+
+TEST_F(VPHTTPClientTest, ManyParallelRequestsEachCallBackOnce) {
+    constexpr int kRequests = 300;
+    std::vector<Outcome> outcomes(kRequests);
+    for (int i = 0; i < kRequests; ++i) {
+        client->GET("/echo", Value(Dictionary{{"i", Value(i)}}), outcomes[static_cast<std::size_t>(i)].completion());
+    }
+    ASSERT_TRUE(waitFor([&] { return client->operationQueue().operationCount() == 0; }));
+    drainMainQueue();
+    for (int i = 0; i < kRequests; ++i) {
+        const Outcome& outcome = outcomes[static_cast<std::size_t>(i)];
+        ASSERT_EQ(outcome.calls, 1) << i;
+        EXPECT_TRUE(outcome.onMainThread);
+        EXPECT_EQ(outcome.echo().get("target").str(), "/echo?i=" + std::to_string(i));
+    }
+    EXPECT_GT(server.maxConcurrent(), 1) << "requests ran one after another";
+    EXPECT_LE(server.maxConcurrent(), OperationQueue::kDefaultMaxConcurrentOperationCount);
+    EXPECT_EQ(VPHTTPRequest::taskCount(), 0u);
+}
+
+TEST(VPHTTPClientShared, OneClientPerIdentifierWhicheverClassAsks) {
+    static const VDClass otherClass("OtherClient", &VPHTTPClient::classObject(),
+                                    [] { return std::shared_ptr<Object>(std::make_shared<VPHTTPClient>()); });
+    const auto master = VPHTTPClient::sharedClient();
+    EXPECT_EQ(VPHTTPClient::sharedClient(), master);
+    EXPECT_EQ(VPHTTPClient::sharedClientWithIdentifier("master", otherClass, false), master);
+    const auto uploads = VPHTTPClient::sharedClientWithIdentifier("uploads");
+    EXPECT_NE(uploads, master);
+    EXPECT_EQ(VPHTTPClient::sharedClientWithIdentifier("uploads"), uploads);
+}
