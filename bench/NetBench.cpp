@@ -1,0 +1,140 @@
+// The HTTP engine against a loopback server, beside the curl command line doing the same work:
+// 1,000 small GETs (curl with --parallel) and one 200 MB download saved to a file.
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include <benchmark/benchmark.h>
+#include <httplib.h>
+#undef DELETE // the resolver's headers, pulled in by the server, define it
+
+#include "velmo/foundation/DispatchQueue.h"
+#include "velmo/foundation/Files.h"
+#include "velmo/foundation/SystemLog.h"
+#include "velmo/net/VPHTTPClient.h"
+
+using namespace velmo;
+
+namespace {
+
+constexpr int kSmallRequests = 1000;
+constexpr std::size_t kSmallBody = 256;
+constexpr std::size_t kBigBody = 200u * 1024 * 1024;
+
+// One server for the whole run, as wide as the client's queue, so neither side waits on the other.
+class Server {
+public:
+    static Server& shared() {
+        static Server server;
+        return server;
+    }
+    std::string url(const std::string& path) const { return "http://127.0.0.1:" + std::to_string(port_) + path; }
+    const std::filesystem::path& folder() const { return folder_; }
+
+private:
+    Server() : folder_(Files::makeTemporaryDirectory("velmo-bench-net")) {
+        server_.new_task_queue = [] { return new httplib::ThreadPool(80); };
+        server_.Get("/small", [](const httplib::Request&, httplib::Response& res) {
+            res.set_content(std::string(kSmallBody, 's'), "application/octet-stream");
+        });
+        server_.Get("/big", [](const httplib::Request&, httplib::Response& res) {
+            res.set_content_provider(kBigBody, "application/octet-stream",
+                                     [](std::size_t, std::size_t length, httplib::DataSink& sink) {
+                                         static const std::string piece(256 * 1024, 'b');
+                                         return sink.write(piece.data(), std::min(length, piece.size()));
+                                     });
+        });
+        port_ = server_.bind_to_any_port("127.0.0.1");
+        thread_ = std::thread([this] { server_.listen_after_bind(); });
+        while (!server_.is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        SystemLog::setSink([](std::string_view) {}); // one log line per request would time the terminal
+    }
+    ~Server() {
+        server_.stop();
+        thread_.join();
+        std::filesystem::remove_all(folder_);
+    }
+
+    httplib::Server server_;
+    std::thread thread_;
+    int port_ = 0;
+    std::filesystem::path folder_;
+};
+
+void runCurl(benchmark::State& state, const std::string& arguments) {
+    const std::string command = "curl --silent --show-error " + arguments;
+    if (std::system(command.c_str()) != 0) state.SkipWithError("curl failed");
+}
+
+void ClientSmallGets(benchmark::State& state) {
+    Server& server = Server::shared();
+    auto client = std::make_shared<VPHTTPClient>();
+    client->setBasePath(server.url(""));
+    for (auto _ : state) {
+        int done = 0;
+        int failed = 0;
+        for (int i = 0; i < kSmallRequests; ++i) {
+            client->GET("/small", Value(), [&](const Value&, std::shared_ptr<HTTPURLResponse>, VPErrorPtr error) {
+                ++done;
+                if (error) ++failed;
+            });
+        }
+        runMainLoopUntil([&] { return done == kSmallRequests; }, std::chrono::minutes(2));
+        if (done != kSmallRequests || failed != 0) state.SkipWithError("requests failed");
+    }
+    state.counters["requests/s"] = benchmark::Counter(kSmallRequests, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+void CurlParallelSmallGets(benchmark::State& state) {
+    Server& server = Server::shared();
+    const auto config = server.folder() / "small.curl";
+    {
+        std::ofstream out(config);
+        for (int i = 0; i < kSmallRequests; ++i) out << "url = \"" << server.url("/small") << "\"\noutput = \"/dev/null\"\n";
+    }
+    // The same width as the client's queue.
+    const std::string arguments = "--parallel --parallel-max " +
+                                  std::to_string(OperationQueue::kDefaultMaxConcurrentOperationCount) + " --config " +
+                                  config.string();
+    for (auto _ : state) runCurl(state, arguments);
+    state.counters["requests/s"] = benchmark::Counter(kSmallRequests, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+void ClientDownloadToFile(benchmark::State& state) {
+    Server& server = Server::shared();
+    auto client = std::make_shared<VPHTTPClient>();
+    const std::string path = (server.folder() / "client.bin").string();
+    for (auto _ : state) {
+        bool done = false;
+        VPErrorPtr failure;
+        client->GET(server.url("/big"), Value(), path, nullptr,
+                    [&](const Value&, std::shared_ptr<HTTPURLResponse>, VPErrorPtr error) {
+                        failure = std::move(error);
+                        done = true;
+                    });
+        runMainLoopUntil([&] { return done; }, std::chrono::minutes(5));
+        if (!done || failure || std::filesystem::file_size(path) != kBigBody) state.SkipWithError("download failed");
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kBigBody));
+}
+
+void CurlDownloadToFile(benchmark::State& state) {
+    Server& server = Server::shared();
+    const std::string path = (server.folder() / "curl.bin").string();
+    for (auto _ : state) runCurl(state, "--output " + path + " " + server.url("/big"));
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kBigBody));
+}
+
+} // namespace
+
+BENCHMARK(ClientSmallGets)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(10);
+BENCHMARK(CurlParallelSmallGets)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(10);
+BENCHMARK(ClientDownloadToFile)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(CurlDownloadToFile)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+
+BENCHMARK_MAIN();
