@@ -81,8 +81,8 @@ TEST(VDModelViewConstraints, LightEncodingLeavesDisabledRulesOut) {
     set->left()->setConstant(8);
     set->top()->setConstant(99); // disabled: dropped from the JSON
     const Dictionary encoded = set->toDictionary();
-    EXPECT_EQ(Value(encoded), Json::parse(R"({"model_version":0,"model_class":"VDModelViewConstraints","automatic":true,
-        "left":{"model_version":0,"model_class":"VDModelConstraint","enabled":true,"multiplier":0,"constant":8},
+    EXPECT_EQ(Value(encoded), Json::parse(R"({"model_version":0,"model_class":"VDModelViewConstraints","automatic":1,
+        "left":{"model_version":0,"model_class":"VDModelConstraint","enabled":1,"multiplier":0,"constant":8},
         "scaleFactor":1})"));
     auto back = std::dynamic_pointer_cast<VDModelViewConstraints>(VDModelDecoder::modelObjectFromDictionary(encoded));
     ASSERT_TRUE(back);
