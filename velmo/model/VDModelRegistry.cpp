@@ -15,6 +15,7 @@
 #include "velmo/model/VDModelShadow.h"
 #include "velmo/model/VDModelSpecsInfo.h"
 #include "velmo/model/VDModelTheme.h"
+#include "velmo/model/VDModelView.h"
 #include "velmo/model/VDModelViewConstraints.h"
 #include "velmo/model/VDModelViewPadding.h"
 #include "velmo/model/VPAnimationExportSettings.h"
@@ -27,6 +28,7 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelViewConstraints::classObject(),
         &VDModelConstraint::classObject(),
         &VDModelHover::classObject(),
+        &VDModelView::classObject(),
         &VDModelViewPadding::classObject(),
         &VDModelFrame::classObject(),
         &VDModelBorder::classObject(),
