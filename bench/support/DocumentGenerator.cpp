@@ -10,14 +10,15 @@ namespace {
 
 class Writer {
 public:
-    Writer(const DocumentShape& shape) : shape_(shape), random_(42) {}
+    explicit Writer(const DocumentShape& shape) : shape_(shape), random_(42) {}
 
     std::string document() {
-        out_ += R"({"model_class":"VDModelApp","model_version":0,"modelID":"app_1","name":"Benchmark","screens":[)";
+        out_ += R"({"model_class":"VDModelView","model_version":0,"modelID":"View_document","viewName":"Document",)"
+                R"("width":1440,"height":900,"subviews":[)";
         std::size_t screen = 0;
         while (written_ < shape_.views) {
             if (screen++) out_ += ',';
-            view(1, "VDModelScreen");
+            view(1);
         }
         out_ += "]}";
         return std::move(out_);
@@ -28,28 +29,31 @@ private:
     float fraction() { return std::uniform_int_distribution<int>(0, 255)(random_) / 255.0f; }
 
     void color(const char* key) {
-        out_ += fmt::format(R"("{}":{{"model_class":"VDModelColor","model_version":0,"red":{},"green":{},"blue":{},"alpha":1}})",
+        out_ += fmt::format(R"("{}":{{"model_class":"VDModelColor","model_version":0,"red":{},"green":{},)"
+                            R"("blue":{},"alpha":1}})",
                             key, fraction(), fraction(), fraction());
     }
 
-    void view(std::size_t level, const char* cls) {
+    void view(std::size_t level) {
         const std::size_t id = ++written_;
-        out_ += fmt::format(R"({{"model_class":"{}","model_version":0,"modelID":"view_{}","variableID":"view{}",)"
-                            R"("viewName":"View {}","frame":{{"model_class":"VDModelFrame","model_version":0,)"
-                            R"("x":{},"y":{},"width":{},"height":{}}},"alpha":1,"hidden":0,"cornerRadius":{},)",
-                            cls, id, id, id, number(), number(), number(), number(), number() / 100);
-        color("backgroundColor");
+        out_ += fmt::format(R"({{"model_class":"VDModelView","model_version":0,"modelID":"View_{}",)"
+                            R"("variableID":"view{}","viewName":"View {}","sketchId":"5F3A-{}",)"
+                            R"("x":{},"y":{},"width":{},"height":{},"alpha":1,"hidden":0,"cornersRadius":{},)",
+                            id, id, id, id, number(), number(), number(), number(), number() / 100);
+        color("color");
         out_ += ',';
-        color("tintColor");
+        color("borderColor");
         out_ += fmt::format(R"(,"specsInfo":{{"model_class":"VDModelSpecsInfo","model_version":0,"borders":[],)"
                             R"("fills":[{{"type":"color","opacity":{}}}],"assets":{{"png":"assets/view_{}.png"}}}},)",
                             fraction(), id);
-        out_ += R"("constraints":{"model_class":"VDModelViewConstraints","model_version":0,"top":{"model_class":"VDModelConstraint","model_version":0,"value":8,"enabled":1},"left":{"model_class":"VDModelConstraint","model_version":0,"value":16,"enabled":1}},)";
-        out_ += fmt::format(R"("tags":["generated","level{}"],"subviews":[)", level);
+        out_ += R"("constraints":{"model_class":"VDModelViewConstraints","model_version":0,"automatic":0,)"
+                R"("top":{"model_class":"VDModelConstraint","model_version":0,"enabled":1,"multiplier":1,"constant":8},)"
+                R"("left":{"model_class":"VDModelConstraint","model_version":0,"enabled":1,"multiplier":1,"constant":16}},)";
+        out_ += R"("actions":[],"subviews":[)";
         if (level < shape_.depth) {
             for (std::size_t i = 0; i < shape_.fanOut && written_ < shape_.views; ++i) {
                 if (i) out_ += ',';
-                view(level + 1, "VDModelView");
+                view(level + 1);
             }
         }
         out_ += "]}";
@@ -66,9 +70,8 @@ private:
 std::string generateDocumentJson(const DocumentShape& shape) { return Writer(shape).document(); }
 
 std::string generateDocumentJsonOfSize(std::size_t bytes) {
-    // About 900 bytes a view.
     DocumentShape shape;
-    shape.views = bytes / 900 + 1;
+    shape.views = bytes / 1000 + 1; // about a kilobyte a view
     return generateDocumentJson(shape);
 }
 

@@ -5,9 +5,10 @@
 
 namespace velmo::bench {
 
-/// Document-shaped JSON for benchmarks: a document of screens whose views nest `depth` levels
-/// deep, each view with an identifier, a name, a frame, colours, a specification record, a
-/// constraint set and a few plain values, as an exporter writes them.
+/// Document-shaped JSON for benchmarks: screens whose views nest `depth` levels deep, each view
+/// with an identifier, a name, a frame, colours, a specification record, a constraint set and a
+/// few plain values, as an exporter writes them. The top level is a view holding the screens as
+/// its subviews.
 struct DocumentShape {
     std::size_t views = 10'000;
     std::size_t depth = 6;
