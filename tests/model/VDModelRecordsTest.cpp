@@ -131,6 +131,7 @@ TEST(VDModelRecords, FrameEqualityNeedsEveryNumber) {
 }
 
 TEST(VDModelRecords, FieldsOutsideTheListAreNotCopied) {
+    VDModelDecoder::sharedInstance(); // copying needs the mapping
     auto shadow = VDModelShadow::create();
     shadow->setRadius(4);
     shadow->setBlur(2);
