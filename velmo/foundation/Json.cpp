@@ -1,5 +1,7 @@
 #include "velmo/foundation/Json.h"
 
+#include "velmo/foundation/Utf8.h"
+
 #include <charconv>
 #include <cmath>
 #include <vector>
@@ -126,18 +128,7 @@ namespace {
 
 // Text must be valid UTF-8 to be written. (The writers' own validating mode can't be used: the
 // pretty writer of this RapidJSON drops the flag from its base class.)
-struct NullSink {
-    void Put(char) {}
-};
-
-bool isValidUtf8(std::string_view s) {
-    rapidjson::MemoryStream in(s.data(), s.size());
-    NullSink sink;
-    while (in.Tell() < s.size()) {
-        if (!rapidjson::UTF8<>::Validate(in, sink)) return false;
-    }
-    return true;
-}
+bool isValidUtf8(std::string_view s) { return Utf8::isValid(s); }
 
 template <class Writer>
 void writeValue(Writer& writer, const Value& value) {

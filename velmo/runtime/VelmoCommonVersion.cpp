@@ -1,0 +1,7 @@
+#include "velmo/runtime/VelmoCommonVersion.h"
+
+namespace velmo {
+
+std::string velmoCommonVersion() { return VELMO_VERSION; }
+
+} // namespace velmo
