@@ -14,7 +14,7 @@ namespace velmo::test {
 class TestClientConfig : public VDClass, public VVClientConfigInterface {
 public:
     struct Values {
-        std::string logsURL;
+        std::string logsURL = "";
         std::string clientVersion = "1.2.3";
         std::string clientName = "TestClient";
         std::string clientID = "client-42";

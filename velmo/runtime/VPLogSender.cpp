@@ -79,6 +79,10 @@ struct VPLogSender::Impl {
     std::thread worker;
 
     void run();
+    bool canStartMore(std::size_t active) {
+        std::lock_guard lock(mutex);
+        return !stopping && active < limits.maxInFlight && !queued.empty();
+    }
     void startTransfers(std::vector<std::unique_ptr<Transfer>>& active);
 };
 
@@ -116,6 +120,7 @@ void VPLogSender::Impl::run() {
             curl_multi_remove_handle(multi, done);
             std::erase_if(active, [done](const auto& t) { return t->easy == done; });
         }
+        if (canStartMore(active.size())) continue; // a finished transfer freed a slot
         // Woken by the network, by `post`, or by the destructor.
         if (curl_multi_poll(multi, nullptr, 0, 1000, nullptr) != CURLM_OK) break;
     }
