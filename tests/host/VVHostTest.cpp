@@ -17,7 +17,8 @@ namespace {
 class ScopedEnvironment {
 public:
     ~ScopedEnvironment() {
-        for (const auto& name : names_) ::unsetenv(name.c_str());
+        for (const auto& name : names_)
+            ::unsetenv(name.c_str());
     }
     void set(const std::string& name, const std::string& value) {
         names_.push_back(name);
@@ -72,8 +73,10 @@ TEST_F(VVHostTest, BadFilesAreReportedAndSkipped) {
     const Case cases[] = {
         {"malformed", R"({"clientName": "A")", {"malformed JSON"}, "velmo"},
         {"not an object", R"(["clientName"])", {"expected a JSON object"}, "velmo"},
-        {"bad keys", R"({"clientName": "A", "logsURL": 3, "colour": "red"})",
-         {"\"logsURL\" must be a string", "unknown key \"colour\""}, "A"},
+        {"bad keys",
+         R"({"clientName": "A", "logsURL": 3, "colour": "red"})",
+         {"\"logsURL\" must be a string", "unknown key \"colour\""},
+         "A"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -92,7 +95,8 @@ TEST_F(VVHostTest, BadFilesAreReportedAndSkipped) {
 }
 
 TEST_F(VVHostTest, BindingMakesTheLibrarySeeTheHost) {
-    environment_.set("VELMO_HOST_CONFIG", config(R"({"logsURL": "http://127.0.0.1:9", "userEmail": "ann@example.com"})").string());
+    environment_.set("VELMO_HOST_CONFIG",
+                     config(R"({"logsURL": "http://127.0.0.1:9", "userEmail": "ann@example.com"})").string());
     EXPECT_TRUE(VVHost::bind().empty());
     EXPECT_TRUE(VVClientConfig::isBound());
     EXPECT_EQ(VVClientConfig::current().logsURL(), "http://127.0.0.1:9");

@@ -33,7 +33,8 @@ private:
 
 std::set<std::string> members(VDWeakMutableSet& set) {
     std::set<std::string> names;
-    set.enumerateValidObjects([&](const std::shared_ptr<Object>& o) { names.insert(static_cast<Named&>(*o).name()); });
+    set.enumerateValidObjects(
+        [&](const std::shared_ptr<Object>& o) { names.insert(static_cast<Named&>(*o).name()); });
     return names;
 }
 

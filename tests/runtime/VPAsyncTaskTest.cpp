@@ -60,12 +60,14 @@ TEST(VPAsyncTask, ReportsWhatTheProgramWritesThenTheEnd) {
     };
     const Case cases[] = {
         {"silent", "exit 3", "", ""},
-        {"multi-byte text", "printf 'h\\303\\251llo w\\303\\266rld \\342\\234\\223\\n'", "h\u00e9llo w\u00f6rld \u2713\n", ""},
+        {"multi-byte text", "printf 'h\\303\\251llo w\\303\\266rld \\342\\234\\223\\n'",
+         "h\u00e9llo w\u00f6rld \u2713\n", ""},
         {"both streams", "echo out; echo err >&2", "out\n", "err\n"},
         {"input is empty", "cat", "", ""},
         {"undecodable bytes dropped", "printf '\\377\\376'", "", ""},
         // The shell exits first; its background child still holds the pipes.
-        {"streams outlive the process", "(sleep 0.3; echo late; echo late-err >&2) & exit 0", "late\n", "late-err\n"},
+        {"streams outlive the process", "(sleep 0.3; echo late; echo late-err >&2) & exit 0", "late\n",
+         "late-err\n"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);

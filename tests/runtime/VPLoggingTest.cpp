@@ -59,7 +59,8 @@ public:
         auto handler = [this](const httplib::Request& request, httplib::Response& response) {
             holdIfAsked();
             Received received{request.path, Json::tryParse(request.body).dictionary(), {}};
-            for (const auto& [name, value] : request.headers) received.headers[name] = value;
+            for (const auto& [name, value] : request.headers)
+                received.headers[name] = value;
             std::lock_guard lock(mutex_);
             received_.push_back(std::move(received));
             changed_.notify_all();
@@ -86,7 +87,8 @@ public:
     }
     bool waitForEvent(std::string_view event) {
         return waitFor([&](const std::vector<Received>& all) {
-            return std::any_of(all.begin(), all.end(), [&](const Received& r) { return r.body.get("event").stringView() == event; });
+            return std::any_of(all.begin(), all.end(),
+                               [&](const Received& r) { return r.body.get("event").stringView() == event; });
         });
     }
     std::vector<Received> received() {
@@ -166,7 +168,8 @@ protected:
 
 TEST_F(VPLoggingTest, LinesCarryTheLevelTheMessageAndTheContext) {
     VPLogging logging(options());
-    const auto error = VPError::make("VPAPIClient", 7, Dictionary{{kNSLocalizedDescriptionKey, Value("Not found")}});
+    const auto error =
+        VPError::make("VPAPIClient", 7, Dictionary{{kNSLocalizedDescriptionKey, Value("Not found")}});
     const std::string userInfo = Value(error->userInfo()).description();
     logging.logError("boom");
     logging.logDebug("a detail");
@@ -204,12 +207,16 @@ TEST_F(VPLoggingTest, TheContextIsAllOrNothing) {
         Dictionary expected;
     };
     const Case cases[] = {
-        {"complete", {}, true,
+        {"complete",
+         {},
+         true,
          Dictionary{{"plugin_version", Value("1.2.3")},
                     {"plugin_name", Value("TestClient")},
                     {"system_version", Value("12.5")},
                     {"sketch_version", Value("99.1")}}},
-        {"no client version", {.clientVersion = ""}, true,
+        {"no client version",
+         {.clientVersion = ""},
+         true,
          Dictionary{{"plugin_version", Value("Unknown")},
                     {"plugin_name", Value("TestClient")},
                     {"system_version", Value("12.5")},
@@ -228,10 +235,9 @@ TEST_F(VPLoggingTest, TheContextIsAllOrNothing) {
 
 TEST_F(VPLoggingTest, EventsCarryPropertiesIdentityContextAndHeaders) {
     VPLogging logging(options());
-    logging.logMixpanelEvent("Export.Code.Pressed",
-                             Dictionary{{"source", Value("fast_preview")},
-                                        {"plugin_name", Value("mine")},
-                                        {"event", Value("other")}});
+    logging.logMixpanelEvent("Export.Code.Pressed", Dictionary{{"source", Value("fast_preview")},
+                                                               {"plugin_name", Value("mine")},
+                                                               {"event", Value("other")}});
     ASSERT_TRUE(server_.waitForEvent("Export.Code.Pressed"));
     const Received r = server_.received().front();
     EXPECT_EQ(r.path, "/mixpanel");
@@ -271,12 +277,12 @@ TEST_F(VPLoggingTest, AThrottledEventGoesOutOnceInFiveHours) {
         bool throttle;
     };
     const Step steps[] = {
-        {0s, "A", true},           // sent
-        {1h, "A", true},           // held back
-        {4h, "A", false},          // never held back, and doesn't restart the interval
-        {5h - 1s, "A", true},      // held back
-        {5h, "A", true},           // sent
-        {5h + 1s, "B", true},      // other events are on their own
+        {0s, "A", true},      // sent
+        {1h, "A", true},      // held back
+        {4h, "A", false},     // never held back, and doesn't restart the interval
+        {5h - 1s, "A", true}, // held back
+        {5h, "A", true},      // sent
+        {5h + 1s, "B", true}, // other events are on their own
     };
     for (std::size_t i = 0; i < std::size(steps); ++i) {
         now_ = start + steps[i].at;
@@ -289,7 +295,8 @@ TEST_F(VPLoggingTest, AThrottledEventGoesOutOnceInFiveHours) {
         if (r.body.contains("step")) sent.push_back(r.body.get("step").int64Value());
     }
     EXPECT_EQ(sent, (std::vector<std::int64_t>{0, 2, 4, 5}));
-    EXPECT_EQ(logging.throttleDict(), (std::map<std::string, Date>{{"A", start + 5h}, {"B", start + 5h + 1s}}));
+    EXPECT_EQ(logging.throttleDict(),
+              (std::map<std::string, Date>{{"A", start + 5h}, {"B", start + 5h + 1s}}));
 }
 
 TEST_F(VPLoggingTest, PropertiesThatJsonCannotHoldDropTheEventInSilence) {
@@ -327,7 +334,8 @@ TEST_F(VPLoggingTest, AHangingEndpointNeverHoldsTheCallerAndPostsInFlightAreBoun
     logging.logError("second");
     ASSERT_TRUE(server_.waitUntilHeld(2));
     // Both connections hang: three more wait their turn, the rest are dropped, and no call waits.
-    for (int i = 0; i < 48; ++i) logging.logError("more");
+    for (int i = 0; i < 48; ++i)
+        logging.logError("more");
     server_.release();
     ASSERT_TRUE(server_.waitFor([](const auto& all) { return all.size() == 5; }));
     logging.logMixpanelEvent("marker");
@@ -341,15 +349,15 @@ TEST_F(VPLoggingTest, AHangingEndpointNeverHoldsTheCallerAndPostsInFlightAreBoun
 constexpr int kGuardLine = __LINE__ + 5;
 int guarded(bool standard) {
     VP_TRY
-        if (standard) throw std::runtime_error("boom");
-        throw 42;
+    if (standard) throw std::runtime_error("boom");
+    throw 42;
     VP_CATCH(-1)
 }
 
 bool guardedVoidRan = false;
 void guardedVoid() {
     VP_TRY
-        throw std::out_of_range("no such index");
+    throw std::out_of_range("no such index");
     VP_CATCH()
     guardedVoidRan = true;
 }
@@ -360,10 +368,12 @@ TEST_F(VPLoggingTest, TheGuardLogsTheFailureAndReturnsTheEmptyResult) {
     guardedVoid();
     EXPECT_FALSE(guardedVoidRan);
     const std::string line = " [Line " + std::to_string(kGuardLine) + "] Exception: ";
-    const std::vector<std::string> endings = {line + "boom", line + "unknown exception", "Exception: no such index"};
+    const std::vector<std::string> endings = {line + "boom", line + "unknown exception",
+                                              "Exception: no such index"};
     ASSERT_TRUE(server_.waitFor([&](const auto& all) { return all.size() == endings.size(); }));
     std::vector<std::string> texts;
-    for (const auto& r : server_.received()) texts.push_back(r.body.get("text").str());
+    for (const auto& r : server_.received())
+        texts.push_back(r.body.get("text").str());
     std::sort(texts.begin(), texts.end()); // the shared instance posts concurrently
     for (const auto& text : texts) {
         EXPECT_EQ(text.rfind("[ERROR] ", 0), 0u) << text;

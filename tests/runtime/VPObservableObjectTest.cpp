@@ -18,9 +18,10 @@ public:
     static const VDClass& classObject() {
         static const VDClass* cls = [] {
             static const VDClass c("Card", &VPObservableObject::classObject(), nullptr);
-            VDPropertyRegistry::registerClass(
-                c, {observableProp("title", &Card::title), VDPropertyRegistry::property("note", "NSString", &Card::note),
-                    VDPropertyRegistry::property("count", "", &Card::count)});
+            VDPropertyRegistry::registerClass(c,
+                                              {observableProp("title", &Card::title),
+                                               VDPropertyRegistry::property("note", "NSString", &Card::note),
+                                               VDPropertyRegistry::property("count", "", &Card::count)});
             return &c;
         }();
         return *cls;
@@ -94,8 +95,8 @@ TEST(VDPropertyRegistry, LooksUpOwnPropertiesByTypeText) {
     };
     const Case cases[] = {
         {&card, "VPObservableProp", {"title"}},
-        {&card, "VPObservable", {}},     // a prefix of the marker isn't the marker
-        {&card, "NSString", {}},         // a class name isn't a marker
+        {&card, "VPObservable", {}},                               // a prefix of the marker isn't the marker
+        {&card, "NSString", {}},                                   // a class name isn't a marker
         {&ListCard::classObject(), "VPObservableProp", {"items"}}, // own properties only
         {&Bare::classObject(), "VPObservableProp", {}},
     };
@@ -151,7 +152,8 @@ TEST(VPObservableObject, UnmarkedOrUnknownPropertiesAreIgnored) {
 TEST(VPObservableObject, InitialDeliveryPassesTheValueAndLaterOnesTheObject) {
     const auto card = std::make_shared<Card>();
     std::vector<Value> received;
-    card->subscribe("title", [&](const Value& v) { received.push_back(v); }, kVPObservableOptionInitial);
+    card->subscribe(
+        "title", [&](const Value& v) { received.push_back(v); }, kVPObservableOptionInitial);
     card->setTitle("second");
     ASSERT_EQ(received.size(), 2u);
     EXPECT_EQ(received[0], Value("first"));
@@ -159,7 +161,8 @@ TEST(VPObservableObject, InitialDeliveryPassesTheValueAndLaterOnesTheObject) {
 
     // Options without the initial bit, or an empty callback: nothing at once.
     received.clear();
-    card->subscribe("title", [&](const Value& v) { received.push_back(v); }, 1);
+    card->subscribe(
+        "title", [&](const Value& v) { received.push_back(v); }, 1);
     card->subscribe("title", nullptr, kVPObservableOptionInitial);
     EXPECT_TRUE(received.empty());
 }
@@ -167,8 +170,10 @@ TEST(VPObservableObject, InitialDeliveryPassesTheValueAndLaterOnesTheObject) {
 TEST(VPObservableObject, InitialDeliveryReadsUnmarkedPropertiesOnceOnly) {
     const auto card = std::make_shared<Card>();
     std::vector<Value> received;
-    card->subscribe("note", [&](const Value& v) { received.push_back(v); }, kVPObservableOptionInitial);
-    card->subscribe("missing", [&](const Value& v) { received.push_back(v); }, kVPObservableOptionInitial);
+    card->subscribe(
+        "note", [&](const Value& v) { received.push_back(v); }, kVPObservableOptionInitial);
+    card->subscribe(
+        "missing", [&](const Value& v) { received.push_back(v); }, kVPObservableOptionInitial);
     card->setNote("changed");
     EXPECT_EQ(received, (std::vector<Value>{Value("a note")}));
 }

@@ -32,7 +32,7 @@ TEST_F(VPSystemInfoTest, SystemVersionComesFromOsRelease) {
         {"VERSION_ID=22.04\n", "22.04"},
         {"VERSION_ID='3.18'\n", "3.18"},
         {"# a comment\n\n  VERSION_ID = \"1\\\"2\"  \n", "1\"2"},
-        {"ID=arch\nBUILD_ID=rolling\n", "rolling"},       // no version: the build stands in
+        {"ID=arch\nBUILD_ID=rolling\n", "rolling"}, // no version: the build stands in
         {"VERSION_ID=\"\"\nBUILD_ID=20240101\n", "20240101"},
         {"VERSION_ID=\"40\"\nBUILD_ID=rolling\n", "40"},
         {"NAME=Nothing\n", ""},

@@ -16,7 +16,8 @@ namespace {
 class Thing : public Object {
 public:
     static const VDClass& classObject() {
-        static const VDClass cls("Thing", nullptr, [] { return std::shared_ptr<Object>(std::make_shared<Thing>()); });
+        static const VDClass cls("Thing", nullptr,
+                                 [] { return std::shared_ptr<Object>(std::make_shared<Thing>()); });
         return cls;
     }
     const VDClass& objectClass() const override { return classObject(); }
@@ -71,12 +72,14 @@ TEST(VVDIDeathTest, ConcurrentFirstCallsMakeOneRegistry) {
             for (int i = 0; i < kThreads; ++i) {
                 threads.emplace_back([&, i] {
                     --waiting;
-                    while (waiting.load() > 0) std::this_thread::yield();
+                    while (waiting.load() > 0)
+                        std::this_thread::yield();
                     seen[i] = &VVDI::shared();
                     seen[i]->bindClass(&kFirst, "VVDITest.Race");
                 });
             }
-            for (auto& thread : threads) thread.join();
+            for (auto& thread : threads)
+                thread.join();
             for (VVDI* di : seen) {
                 if (di != seen[0]) std::_Exit(1);
             }

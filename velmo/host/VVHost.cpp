@@ -23,14 +23,17 @@ struct Field {
 // One table for the file's keys and the environment's names.
 constexpr Field kFields[] = {
     {"logsURL", "VELMO_LOGS_URL", [](VVHost::Settings& s) -> std::string& { return s.config.logsURL; }},
-    {"clientVersion", "VELMO_CLIENT_VERSION", [](VVHost::Settings& s) -> std::string& { return s.config.clientVersion; }},
-    {"clientName", "VELMO_CLIENT_NAME", [](VVHost::Settings& s) -> std::string& { return s.config.clientName; }},
+    {"clientVersion", "VELMO_CLIENT_VERSION",
+     [](VVHost::Settings& s) -> std::string& { return s.config.clientVersion; }},
+    {"clientName", "VELMO_CLIENT_NAME",
+     [](VVHost::Settings& s) -> std::string& { return s.config.clientName; }},
     {"clientID", "VELMO_CLIENT_ID", [](VVHost::Settings& s) -> std::string& { return s.config.clientID; }},
     {"tempDir", "VELMO_TEMP_DIR", [](VVHost::Settings& s) -> std::string& { return s.config.tempDir; }},
     {"keyChainServiceName", "VELMO_KEYCHAIN_SERVICE_NAME",
      [](VVHost::Settings& s) -> std::string& { return s.config.keyChainServiceName; }},
     {"bundle", "VELMO_BUNDLE", [](VVHost::Settings& s) -> std::string& { return s.config.bundle; }},
-    {"hostVersion", "VELMO_HOST_VERSION", [](VVHost::Settings& s) -> std::string& { return s.config.hostVersion; }},
+    {"hostVersion", "VELMO_HOST_VERSION",
+     [](VVHost::Settings& s) -> std::string& { return s.config.hostVersion; }},
     {"userEmail", "VELMO_USER_EMAIL", [](VVHost::Settings& s) -> std::string& { return s.userEmail; }},
     {"userID", "VELMO_USER_ID", [](VVHost::Settings& s) -> std::string& { return s.userID; }},
 };
@@ -42,7 +45,8 @@ const Field* fieldForKey(std::string_view key) {
     return nullptr;
 }
 
-void readFile(const std::filesystem::path& file, VVHost::Settings& settings, std::vector<std::string>& warnings) {
+void readFile(const std::filesystem::path& file, VVHost::Settings& settings,
+              std::vector<std::string>& warnings) {
     std::error_code ec;
     if (!std::filesystem::exists(file, ec)) return;
     const auto text = Files::read(file);
@@ -64,9 +68,11 @@ void readFile(const std::filesystem::path& file, VVHost::Settings& settings, std
     for (const auto& entry : root.dictionary()) {
         const Field* field = fieldForKey(entry.key.stringView());
         if (!field) {
-            warnings.push_back(fmt::format("{}: unknown key \"{}\" ignored", file.string(), entry.key.stringView()));
+            warnings.push_back(
+                fmt::format("{}: unknown key \"{}\" ignored", file.string(), entry.key.stringView()));
         } else if (!entry.value.isString()) {
-            warnings.push_back(fmt::format("{}: \"{}\" must be a string; ignored", file.string(), field->key));
+            warnings.push_back(
+                fmt::format("{}: \"{}\" must be a string; ignored", file.string(), field->key));
         } else {
             field->value(settings) = entry.value.str();
         }
@@ -90,7 +96,9 @@ VVHost::Settings VVHost::load(const std::filesystem::path& file, std::vector<std
     return settings;
 }
 
-std::vector<std::string> VVHost::bind() { return bind(configPath()); }
+std::vector<std::string> VVHost::bind() {
+    return bind(configPath());
+}
 
 std::vector<std::string> VVHost::bind(const std::filesystem::path& file) {
     std::vector<std::string> warnings;
@@ -98,8 +106,9 @@ std::vector<std::string> VVHost::bind(const std::filesystem::path& file) {
     // A bound class lives for the process: the registry keeps it for good.
     auto* config = new VVHostClientConfig(std::move(settings.config));
     VVDI::shared().bindClass(config, kVVClientConfigInterface);
-    VVDI::shared().bindInstance(std::make_shared<VVHostUserData>(std::move(settings.userEmail), std::move(settings.userID)),
-                                kVVUserData);
+    VVDI::shared().bindInstance(
+        std::make_shared<VVHostUserData>(std::move(settings.userEmail), std::move(settings.userID)),
+        kVVUserData);
     return warnings;
 }
 

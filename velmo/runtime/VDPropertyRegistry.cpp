@@ -19,13 +19,13 @@ Registry& registry() {
 }
 
 // Runs `visit` on the class's own properties under the read lock.
-template <class Visit>
-void forOwnProperties(const VDClass& cls, Visit&& visit) {
+template <class Visit> void forOwnProperties(const VDClass& cls, Visit&& visit) {
     Registry& r = registry();
     std::shared_lock lock(r.mutex);
     const auto it = r.properties.find(&cls);
     if (it == r.properties.end()) return;
-    for (const auto& property : it->second) visit(property);
+    for (const auto& property : it->second)
+        visit(property);
 }
 
 } // namespace
@@ -44,7 +44,8 @@ Dictionary VDPropertyRegistry::classProps(const VDClass& cls) {
     return result;
 }
 
-std::vector<std::string> VDPropertyRegistry::classPropsConformingTo(const VDClass& cls, std::string_view protocol) {
+std::vector<std::string> VDPropertyRegistry::classPropsConformingTo(const VDClass& cls,
+                                                                    std::string_view protocol) {
     // A text test, as on the original platform: the marker has to stand in angle brackets.
     const std::string marker = "<" + std::string(protocol) + ">";
     std::vector<std::string> names;

@@ -15,7 +15,8 @@ void VDWeakMutableSet::removeObject(const std::shared_ptr<Object>& object) {
 }
 
 void VDWeakMutableSet::removeDeadItems() {
-    std::erase_if(set_, [](const VDWeakMutableSetItem& item) { return item.nonretainedObjectValue() == nullptr; });
+    std::erase_if(set_,
+                  [](const VDWeakMutableSetItem& item) { return item.nonretainedObjectValue() == nullptr; });
 }
 
 void VDWeakMutableSet::cleanup() {
@@ -29,7 +30,8 @@ std::vector<VDWeakMutableSetItem> VDWeakMutableSet::allValidObjects() {
     return {set_.begin(), set_.end()};
 }
 
-void VDWeakMutableSet::enumerateValidObjects(const std::function<void(const std::shared_ptr<Object>&)>& callback) {
+void VDWeakMutableSet::enumerateValidObjects(
+    const std::function<void(const std::shared_ptr<Object>&)>& callback) {
     for (const auto& item : allValidObjects()) {
         if (const auto object = item.nonretainedObjectValue()) callback(object);
     }

@@ -16,7 +16,8 @@ namespace velmo {
 /// Safe to use from several threads; callbacks run outside the set's lock.
 class VDWeakMutableSet {
 public:
-    using ItemSet = std::unordered_set<VDWeakMutableSetItem, VDWeakMutableSetItem::Hash, VDWeakMutableSetItem::Equal>;
+    using ItemSet =
+        std::unordered_set<VDWeakMutableSetItem, VDWeakMutableSetItem::Hash, VDWeakMutableSetItem::Equal>;
 
     /// nullptr is ignored.
     void addObject(const std::shared_ptr<Object>& object);

@@ -25,7 +25,9 @@ public:
         std::size_t operator()(const VDWeakMutableSetItem& item) const { return item.hash(); }
     };
     struct Equal {
-        bool operator()(const VDWeakMutableSetItem& a, const VDWeakMutableSetItem& b) const { return a.isEqual(b); }
+        bool operator()(const VDWeakMutableSetItem& a, const VDWeakMutableSetItem& b) const {
+            return a.isEqual(b);
+        }
     };
 
 private:

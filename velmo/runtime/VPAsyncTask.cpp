@@ -70,7 +70,8 @@ Pipe makePipe() {
 class FileActions {
 public:
     FileActions() {
-        if (const int rc = ::posix_spawn_file_actions_init(&actions_); rc != 0) throwErrno(rc, "cannot spawn");
+        if (const int rc = ::posix_spawn_file_actions_init(&actions_); rc != 0)
+            throwErrno(rc, "cannot spawn");
     }
     ~FileActions() { ::posix_spawn_file_actions_destroy(&actions_); }
     FileActions(const FileActions&) = delete;
@@ -138,7 +139,8 @@ void watch(const std::shared_ptr<State>& state, pid_t pid, UniqueFd output, Uniq
                 fds[i].reset();
                 continue;
             }
-            report(*state, i == 0 ? Stream::Output : Stream::Error, std::string(buffer.data(), std::size_t(n)));
+            report(*state, i == 0 ? Stream::Output : Stream::Error,
+                   std::string(buffer.data(), std::size_t(n)));
         }
     }
     fds[0].reset();
@@ -209,12 +211,14 @@ void VPAsyncTask::execute(const std::string& path, const std::vector<std::string
     std::vector<char*> argv;
     argv.reserve(arguments.size() + 2);
     argv.push_back(const_cast<char*>(path.c_str()));
-    for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    for (const auto& argument : arguments)
+        argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
 
     pid_t pid = 0;
     // posix_spawn reports a failed exec (a missing or non-executable program) through its result.
-    if (const int rc = ::posix_spawn(&pid, path.c_str(), actions.get(), nullptr, argv.data(), environ); rc != 0) {
+    if (const int rc = ::posix_spawn(&pid, path.c_str(), actions.get(), nullptr, argv.data(), environ);
+        rc != 0) {
         throwErrno(rc, "cannot launch " + path);
     }
     // Only the child writes: with our write ends closed, a read gives end-of-stream when it exits.

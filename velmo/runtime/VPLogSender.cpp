@@ -27,15 +27,16 @@ struct Transfer {
     }
 };
 
-std::size_t discardBody(char*, std::size_t size, std::size_t count, void*) { return size * count; }
+std::size_t discardBody(char*, std::size_t size, std::size_t count, void*) {
+    return size * count;
+}
 
 void initCurlOnce() {
     static std::once_flag once;
     std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
 }
 
-template <class T>
-bool setOption(CURL* easy, CURLoption option, T value) {
+template <class T> bool setOption(CURL* easy, CURLoption option, T value) {
     return curl_easy_setopt(easy, option, value) == CURLE_OK;
 }
 
@@ -55,14 +56,14 @@ std::unique_ptr<Transfer> makeTransfer(const Request& request, std::chrono::mill
     transfer->headers = list;
 
     CURL* easy = transfer->easy;
-    const bool ok = setOption(easy, CURLOPT_URL, request.url.c_str()) &&
-                    setOption(easy, CURLOPT_PROTOCOLS_STR, "http,https") &&
-                    setOption(easy, CURLOPT_NOSIGNAL, 1L) &&
-                    setOption(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size())) &&
-                    setOption(easy, CURLOPT_COPYPOSTFIELDS, request.body.c_str()) &&
-                    setOption(easy, CURLOPT_HTTPHEADER, transfer->headers) &&
-                    setOption(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(timeout.count())) &&
-                    setOption(easy, CURLOPT_WRITEFUNCTION, &discardBody);
+    const bool ok =
+        setOption(easy, CURLOPT_URL, request.url.c_str()) &&
+        setOption(easy, CURLOPT_PROTOCOLS_STR, "http,https") && setOption(easy, CURLOPT_NOSIGNAL, 1L) &&
+        setOption(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size())) &&
+        setOption(easy, CURLOPT_COPYPOSTFIELDS, request.body.c_str()) &&
+        setOption(easy, CURLOPT_HTTPHEADER, transfer->headers) &&
+        setOption(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(timeout.count())) &&
+        setOption(easy, CURLOPT_WRITEFUNCTION, &discardBody);
     return ok ? std::move(transfer) : nullptr;
 }
 
@@ -124,7 +125,8 @@ void VPLogSender::Impl::run() {
         // Woken by the network, by `post`, or by the destructor.
         if (curl_multi_poll(multi, nullptr, 0, 1000, nullptr) != CURLM_OK) break;
     }
-    for (const auto& transfer : active) curl_multi_remove_handle(multi, transfer->easy);
+    for (const auto& transfer : active)
+        curl_multi_remove_handle(multi, transfer->easy);
     active.clear();
 }
 

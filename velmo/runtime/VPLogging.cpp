@@ -25,7 +25,9 @@ std::string describeCurrentException() {
 }
 
 // A text of a record: a null value stands as "(null)", as the original logs print it.
-std::string_view orNull(std::string_view text) { return text.empty() ? std::string_view("(null)") : text; }
+std::string_view orNull(std::string_view text) {
+    return text.empty() ? std::string_view("(null)") : text;
+}
 
 } // namespace
 
@@ -57,14 +59,19 @@ Dictionary VPLogging::generateContextDict(const std::filesystem::path& osRelease
                       {"sketch_version", Value(hostVersion)}};
 }
 
-void VPLogging::logError(std::string_view message) { logMessage(message, "ERROR"); }
+void VPLogging::logError(std::string_view message) {
+    logMessage(message, "ERROR");
+}
 
-void VPLogging::logDebug(std::string_view message) { logMessage(message, "DEBUG"); }
+void VPLogging::logDebug(std::string_view message) {
+    logMessage(message, "DEBUG");
+}
 
 void VPLogging::logMessage(std::string_view message, std::string_view level) {
     try {
         Dictionary body{{"text", Value(fmt::format("[{}] {}", level, message))}};
-        for (const auto& entry : contextDict_) body.setEntry(entry.key, entry.value);
+        for (const auto& entry : contextDict_)
+            body.setEntry(entry.key, entry.value);
         post("/events/", Value(body), {"Content-Type: application/json"});
     } catch (...) {
         // Nowhere left to report to.
@@ -78,10 +85,13 @@ void VPLogging::logErrorWithNSError(const std::shared_ptr<VPError>& error, std::
 }
 
 void VPLogging::logJSError(std::string_view error, std::string_view stack, std::string_view originalStack) {
-    logError(fmt::format("Plugin JS Error: {}\n---\n{}\n---\n{}", orNull(error), orNull(stack), orNull(originalStack)));
+    logError(fmt::format("Plugin JS Error: {}\n---\n{}\n---\n{}", orNull(error), orNull(stack),
+                         orNull(originalStack)));
 }
 
-void VPLogging::logMixpanelEvent(std::string_view event) { logMixpanelEvent(event, Dictionary(), false); }
+void VPLogging::logMixpanelEvent(std::string_view event) {
+    logMixpanelEvent(event, Dictionary(), false);
+}
 
 void VPLogging::logMixpanelEvent(std::string_view event, Dictionary properties) {
     logMixpanelEvent(event, std::move(properties), false);
@@ -103,13 +113,15 @@ void VPLogging::logMixpanelEvent(std::string_view event, Dictionary properties, 
         const std::string serial = serialNumber();
         body.set("event", Value(event));
         body.set("mac_serial_number", Value(serial.empty() ? std::string("None") : serial));
-        for (const auto& entry : contextDict_) body.setEntry(entry.key, entry.value);
+        for (const auto& entry : contextDict_)
+            body.setEntry(entry.key, entry.value);
 
         std::vector<std::string> headers{"Content-Type: application/json",
                                          "X-Client-Id: " + VVClientConfig::current().clientID()};
         if (const auto user = VVUserData::current()) {
             if (const std::string id = user->userID(); !id.empty()) headers.push_back("X-User-Id: " + id);
-            if (const std::string email = user->userEmail(); !email.empty()) headers.push_back("X-User-Email: " + email);
+            if (const std::string email = user->userEmail(); !email.empty())
+                headers.push_back("X-User-Email: " + email);
         }
         post("/mixpanel", Value(body), std::move(headers));
     } catch (...) {

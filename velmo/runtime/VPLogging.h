@@ -114,9 +114,9 @@ private:
 /// Anything thrown is logged through `logError` as "<function> [Line <line>] Exception: <what>",
 /// and the function returns the empty result. A callback handed to the function isn't called then.
 #define VP_TRY try {
-#define VP_CATCH(...)                                                                                      \
-    }                                                                                                      \
-    catch (...) {                                                                                          \
-        ::velmo::VPLogging::logCaughtException(__PRETTY_FUNCTION__, __LINE__);                             \
-        return __VA_ARGS__;                                                                                \
+#define VP_CATCH(...)                                                                                        \
+    }                                                                                                        \
+    catch (...) {                                                                                            \
+        ::velmo::VPLogging::logCaughtException(__PRETTY_FUNCTION__, __LINE__);                               \
+        return __VA_ARGS__;                                                                                  \
     }

@@ -31,12 +31,14 @@ std::vector<std::string> VPObservableObject::getObservablePropsKeys(const VDClas
     PropsKeys& keys = propsKeys();
     {
         std::shared_lock lock(keys.mutex);
-        if (const auto it = keys.byClassName.find(cls.name()); it != keys.byClassName.end()) return it->second;
+        if (const auto it = keys.byClassName.find(cls.name()); it != keys.byClassName.end())
+            return it->second;
     }
     // Each class answers for its own properties only, so walk up the chain.
     std::set<std::string> names;
     for (const VDClass* c = &cls; c != nullptr; c = c->superclass()) {
-        for (auto& name : VDPropertyRegistry::classPropsConformingTo(*c, kVPObservableProp)) names.insert(name);
+        for (auto& name : VDPropertyRegistry::classPropsConformingTo(*c, kVPObservableProp))
+            names.insert(name);
     }
     std::unique_lock lock(keys.mutex);
     const auto [it, inserted] = keys.byClassName.try_emplace(cls.name(), names.begin(), names.end());
@@ -49,7 +51,8 @@ Dictionary VPObservableObject::observablePropsKeys() {
     Dictionary result = Dictionary::create(keys.byClassName.size());
     for (const auto& [className, names] : keys.byClassName) {
         Array array = Array::create(names.size());
-        for (const auto& name : names) array.push_back(Value(name));
+        for (const auto& name : names)
+            array.push_back(Value(name));
         result.set(className, Value(array));
     }
     return result;
@@ -64,7 +67,9 @@ void VPObservableObject::subscribe(std::string_view property, Callback callback)
     if (property.empty() || !callback || !isMarked(property)) return;
     std::lock_guard lock(mutex_);
     auto it = subscribers_.find(property);
-    if (it == subscribers_.end()) it = subscribers_.emplace(std::string(property), std::vector<std::shared_ptr<const Callback>>{}).first;
+    if (it == subscribers_.end())
+        it =
+            subscribers_.emplace(std::string(property), std::vector<std::shared_ptr<const Callback>>{}).first;
     it->second.push_back(std::make_shared<const Callback>(std::move(callback)));
 }
 
@@ -72,7 +77,8 @@ void VPObservableObject::subscribe(std::string_view property, Callback callback,
     if (callback && (options & kVPObservableOptionInitial) != 0) {
         // Read by name, marked or not; a property nobody can read gets no delivery.
         try {
-            if (const auto getter = VDPropertyRegistry::getterFor(objectClass(), property)) callback(getter(*this));
+            if (const auto getter = VDPropertyRegistry::getterFor(objectClass(), property))
+                callback(getter(*this));
         } catch (...) {
         }
     }
@@ -100,7 +106,8 @@ void VPObservableObject::didChangeValueForKey(std::string_view property) {
         onChange = onChange_;
     }
     const Value self(weak_from_this().lock());
-    for (const auto& callback : callbacks) (*callback)(self);
+    for (const auto& callback : callbacks)
+        (*callback)(self);
     if (onChange) onChange();
 }
 

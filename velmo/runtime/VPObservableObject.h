@@ -60,7 +60,8 @@ public:
     /// A property entry marked observable, for `VDPropertyRegistry::registerClass`.
     template <class T, class R>
     static VDPropertyRegistry::Property observableProp(std::string name, R (T::*getter)() const) {
-        return VDPropertyRegistry::property(std::move(name), std::string("id<") + kVPObservableProp + ">", getter);
+        return VDPropertyRegistry::property(std::move(name), std::string("id<") + kVPObservableProp + ">",
+                                            getter);
     }
 
 protected:

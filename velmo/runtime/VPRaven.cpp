@@ -2,6 +2,8 @@
 
 namespace velmo {
 
-std::shared_ptr<Object> VPRaven::velmoRaven() { return nullptr; }
+std::shared_ptr<Object> VPRaven::velmoRaven() {
+    return nullptr;
+}
 
 } // namespace velmo

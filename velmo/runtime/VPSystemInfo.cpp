@@ -46,7 +46,8 @@ std::map<std::string, std::string, std::less<>> readAssignments(const std::files
         const std::string_view trimmed = trim(line);
         const auto equals = trimmed.find('=');
         if (trimmed.empty() || trimmed.front() == '#' || equals == std::string_view::npos) continue;
-        values.insert_or_assign(std::string(trim(trimmed.substr(0, equals))), unquote(trim(trimmed.substr(equals + 1))));
+        values.insert_or_assign(std::string(trim(trimmed.substr(0, equals))),
+                                unquote(trim(trimmed.substr(equals + 1))));
     }
     return values;
 }

@@ -20,7 +20,8 @@ public:
 };
 
 const VVClientConfigInterface* boundConfig() {
-    return dynamic_cast<const VVClientConfigInterface*>(VVDI::shared().classForProtocol(kVVClientConfigInterface));
+    return dynamic_cast<const VVClientConfigInterface*>(
+        VVDI::shared().classForProtocol(kVVClientConfigInterface));
 }
 
 } // namespace
@@ -31,6 +32,8 @@ const VVClientConfigInterface& VVClientConfig::current() {
     return config ? *config : empty;
 }
 
-bool VVClientConfig::isBound() { return boundConfig() != nullptr; }
+bool VVClientConfig::isBound() {
+    return boundConfig() != nullptr;
+}
 
 } // namespace velmo

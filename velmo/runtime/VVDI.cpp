@@ -11,7 +11,9 @@ namespace velmo {
 // library that binds adds its line here as it lands, e.g.
 //     di.bindClass(&VPConfigManager::classObject(), kVVConfigManagerInterface);
 // Don't call `shared()` from here: the registry is still being made.
-void VVDI::bindLibraryClasses(VVDI& di) { static_cast<void>(di); }
+void VVDI::bindLibraryClasses(VVDI& di) {
+    static_cast<void>(di);
+}
 
 VVDI& VVDI::shared() {
     // Never destroyed: bound instances may be used by threads still running at exit.

@@ -45,8 +45,7 @@ public:
     /// The bound instance, or nullptr.
     std::shared_ptr<Object> instanceForProtocol(std::string_view protocol) const;
     /// The bound instance as `T`; nullptr when there is none or it isn't a `T`.
-    template <class T>
-    std::shared_ptr<T> instanceFor(std::string_view protocol) const {
+    template <class T> std::shared_ptr<T> instanceFor(std::string_view protocol) const {
         return std::dynamic_pointer_cast<T>(instanceForProtocol(protocol));
     }
 

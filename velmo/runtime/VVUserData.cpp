@@ -4,6 +4,8 @@
 
 namespace velmo {
 
-std::shared_ptr<VVUserData> VVUserData::current() { return VVDI::shared().instanceFor<VVUserData>(kVVUserData); }
+std::shared_ptr<VVUserData> VVUserData::current() {
+    return VVDI::shared().instanceFor<VVUserData>(kVVUserData);
+}
 
 } // namespace velmo

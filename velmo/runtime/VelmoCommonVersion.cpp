@@ -2,6 +2,8 @@
 
 namespace velmo {
 
-std::string velmoCommonVersion() { return VELMO_VERSION; }
+std::string velmoCommonVersion() {
+    return VELMO_VERSION;
+}
 
 } // namespace velmo
