@@ -88,6 +88,19 @@ private:
     posix_spawn_file_actions_t actions_;
 };
 
+// The callbacks may be set while a run reports from its thread.
+template <class T>
+T load(const State& state, T State::*field) {
+    std::lock_guard lock(state.mutex);
+    return state.*field;
+}
+
+template <class T>
+void store(State& state, T State::*field, T value) {
+    std::lock_guard lock(state.mutex);
+    state.*field = std::move(value);
+}
+
 enum class Stream { Output, Error };
 
 void report(const State& state, Stream stream, const std::string& chunk) {
@@ -157,44 +170,19 @@ VPAsyncTask::VPAsyncTask() : state_(std::make_shared<detail::VPAsyncTaskState>()
 VPAsyncTask::~VPAsyncTask() = default;
 
 std::shared_ptr<VPAsyncTaskProtocol> VPAsyncTask::delegate() const {
-    std::lock_guard lock(state_->mutex);
-    return state_->delegate.lock();
+    return load(*state_, &State::delegate).lock();
 }
 
 void VPAsyncTask::setDelegate(const std::shared_ptr<VPAsyncTaskProtocol>& delegate) {
-    std::lock_guard lock(state_->mutex);
-    state_->delegate = delegate;
+    store(*state_, &State::delegate, std::weak_ptr<VPAsyncTaskProtocol>(delegate));
 }
 
-VPAsyncTask::TextCallback VPAsyncTask::onData() const {
-    std::lock_guard lock(state_->mutex);
-    return state_->onData;
-}
-
-void VPAsyncTask::setOnData(TextCallback onData) {
-    std::lock_guard lock(state_->mutex);
-    state_->onData = std::move(onData);
-}
-
-VPAsyncTask::TextCallback VPAsyncTask::onError() const {
-    std::lock_guard lock(state_->mutex);
-    return state_->onError;
-}
-
-void VPAsyncTask::setOnError(TextCallback onError) {
-    std::lock_guard lock(state_->mutex);
-    state_->onError = std::move(onError);
-}
-
-VPAsyncTask::EndCallback VPAsyncTask::onEnd() const {
-    std::lock_guard lock(state_->mutex);
-    return state_->onEnd;
-}
-
-void VPAsyncTask::setOnEnd(EndCallback onEnd) {
-    std::lock_guard lock(state_->mutex);
-    state_->onEnd = std::move(onEnd);
-}
+VPAsyncTask::TextCallback VPAsyncTask::onData() const { return load(*state_, &State::onData); }
+void VPAsyncTask::setOnData(TextCallback onData) { store(*state_, &State::onData, std::move(onData)); }
+VPAsyncTask::TextCallback VPAsyncTask::onError() const { return load(*state_, &State::onError); }
+void VPAsyncTask::setOnError(TextCallback onError) { store(*state_, &State::onError, std::move(onError)); }
+VPAsyncTask::EndCallback VPAsyncTask::onEnd() const { return load(*state_, &State::onEnd); }
+void VPAsyncTask::setOnEnd(EndCallback onEnd) { store(*state_, &State::onEnd, std::move(onEnd)); }
 
 void VPAsyncTask::execute(const std::string& path, const std::vector<std::string>& arguments) {
     Pipe output = makePipe();
