@@ -76,7 +76,8 @@ struct VPLogSender::Impl {
     std::mutex mutex;
     std::deque<Request> queued;
     bool stopping = false;
-    CURLM* multi = nullptr; // made and used by the worker; `curl_multi_wakeup` may come from any thread
+    // Made with the first post, then used by the worker alone, but for `curl_multi_wakeup`.
+    CURLM* multi = nullptr;
     std::thread worker;
 
     void run();
