@@ -3,16 +3,23 @@
 #include <cstdio>
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include "Commands.h"
+#include "velmo/host/VVHost.h"
 
 int main(int argc, char** argv) {
+    // The host's client configuration and user come first: the library reads them from its start.
+    for (const auto& warning : velmo::VVHost::bind())
+        fmt::print(stderr, "velmo: warning: {}\n", warning);
+
     CLI::App app{"velmo: decode, repair, inspect and re-encode Velmo documents"};
     app.set_version_flag("--version", std::string("velmo ") + VELMO_VERSION);
     app.require_subcommand(1);
 
     int exitCode = velmo::cli::kExitOK;
     velmo::cli::addJsonCommand(app, exitCode);
+    velmo::cli::addTreeCommand(app, exitCode);
 
     try {
         app.parse(argc, argv);

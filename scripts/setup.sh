@@ -40,3 +40,4 @@ fi
 cmake --preset release >/dev/null
 cmake --build --preset release
 ./build/release/cli/velmo json examples/document.json
+./build/release/cli/velmo tree examples/view-tree.json

@@ -1,3 +1,6 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include "velmo/foundation/Base64.h"
@@ -62,4 +65,22 @@ TEST(Uuid, CanonicalTextInBothCases) {
     EXPECT_EQ(upper.find_first_of("abcdef"), std::string::npos);
     EXPECT_EQ(Uuid::lowercaseString().find_first_of("ABCDEF"), std::string::npos);
     EXPECT_NE(Uuid::string(), Uuid::string());
+}
+
+TEST(Uuid, ForkedChildDoesNotRepeatItsParent) {
+    (void)Uuid::string(); // fill this thread's batch before forking
+    int fds[2];
+    ASSERT_EQ(::pipe(fds), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const std::string id = Uuid::string();
+        (void)!::write(fds[1], id.data(), id.size());
+        ::_exit(0);
+    }
+    ::close(fds[1]);
+    char buffer[36];
+    ASSERT_EQ(::read(fds[0], buffer, sizeof buffer), 36);
+    ::close(fds[0]);
+    ::waitpid(child, nullptr, 0);
+    EXPECT_NE(std::string(buffer, 36), Uuid::string());
 }

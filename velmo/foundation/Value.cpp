@@ -133,8 +133,6 @@ T* repAs(detail::Rep* rep) noexcept {
 
 // ---------------------------------------------------------------- Value: life cycle
 
-bool Value::holdsRep() const noexcept { return tag_() >= Tag::HeapString; }
-
 detail::Rep* Value::rep() const noexcept {
     detail::Rep* rep;
     std::memcpy(&rep, &raw_[8], sizeof rep);
@@ -146,8 +144,9 @@ void Value::setRep(Tag tag, detail::Rep* rep) noexcept {
     std::memcpy(&raw_[8], &rep, sizeof rep);
 }
 
-void Value::release() noexcept {
-    if (!holdsRep()) return;
+void Value::retain() const noexcept { rep()->refs.fetch_add(1, std::memory_order_relaxed); }
+
+void Value::releaseRep() noexcept {
     detail::Rep* r = rep();
     if (r->refs.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
     switch (tag_()) {
@@ -159,16 +158,6 @@ void Value::release() noexcept {
     case Tag::Object: delete repAs<detail::ObjectRep>(r); break;
     default: break;
     }
-}
-
-Value::Value(const Value& other) noexcept {
-    std::memcpy(raw_, other.raw_, sizeof raw_);
-    if (holdsRep()) rep()->refs.fetch_add(1, std::memory_order_relaxed);
-}
-
-Value::Value(Value&& other) noexcept {
-    std::memcpy(raw_, other.raw_, sizeof raw_);
-    other.setTag(Tag::Nil);
 }
 
 Value& Value::operator=(const Value& other) noexcept {

@@ -52,11 +52,19 @@ public:
     };
 
     Value() noexcept { setTag(Tag::Nil); }
-    Value(const Value& other) noexcept;
-    Value(Value&& other) noexcept;
+    Value(const Value& other) noexcept {
+        __builtin_memcpy(raw_, other.raw_, sizeof raw_);
+        if (holdsRep()) retain();
+    }
+    Value(Value&& other) noexcept {
+        __builtin_memcpy(raw_, other.raw_, sizeof raw_);
+        other.setTag(Tag::Nil);
+    }
     Value& operator=(const Value& other) noexcept;
     Value& operator=(Value&& other) noexcept;
-    ~Value() { release(); }
+    ~Value() {
+        if (holdsRep()) releaseRep();
+    }
 
     static Value null() noexcept;
 
@@ -173,10 +181,14 @@ private:
 
     void setTag(Tag tag) noexcept { raw_[0] = static_cast<unsigned char>(tag); }
     Tag tag_() const noexcept { return static_cast<Tag>(raw_[0]); }
-    bool holdsRep() const noexcept;
+    bool holdsRep() const noexcept { return tag_() >= Tag::HeapString; }
     detail::Rep* rep() const noexcept;
     void setRep(Tag tag, detail::Rep* rep) noexcept;
-    void release() noexcept;
+    void retain() const noexcept;
+    void releaseRep() noexcept;
+    void release() noexcept {
+        if (holdsRep()) releaseRep();
+    }
 
     friend class Array;
     friend class Dictionary;

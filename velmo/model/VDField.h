@@ -88,8 +88,11 @@ template <>
 struct VDFieldTraits<std::int32_t> : VDScalarTraits<std::int32_t, VDFieldKind::Int32> {};
 template <>
 struct VDFieldTraits<std::int64_t> : VDScalarTraits<std::int64_t, VDFieldKind::Int64> {};
+// A one-byte flag is a number like any other in the dictionary form: 0 or 1, never true/false.
 template <>
-struct VDFieldTraits<bool> : VDScalarTraits<bool, VDFieldKind::Flag> {};
+struct VDFieldTraits<bool> : VDScalarTraits<bool, VDFieldKind::Flag> {
+    static Value toValue(bool v) { return Value(v ? 1 : 0); }
+};
 
 template <>
 struct VDFieldTraits<std::optional<double>> {

@@ -12,6 +12,14 @@
 
 namespace velmo {
 
+/// What a model class says beyond its fields.
+struct VDModelClassOptions {
+    /// Inherited names that the class leaves out of its `fieldNames` ("variableID" for records).
+    std::vector<std::string_view> removedFields = {};
+    /// A fixed `+beautyIDPrefix`; empty means the form derived from the class name.
+    std::string_view prefix = {};
+};
+
 /// The metaclass of a model class: its name and superclass, its factory, and its field table.
 /// The table is declared once per class and chained to the superclass's: `fields()` is the
 /// class's `fieldNames` in order (the superclass's list, minus what the class removes, with the
@@ -20,12 +28,7 @@ class VDModelClass : public VDClass {
 public:
     using FieldList = std::vector<const VDField*>;
 
-    struct Options {
-        /// Inherited names that the class leaves out of its `fieldNames` ("variableID" for records).
-        std::vector<std::string_view> removedFields;
-        /// A fixed `+beautyIDPrefix`; empty means the form derived from the class name.
-        std::string_view prefix;
-    };
+    using Options = VDModelClassOptions;
 
     VDModelClass(std::string_view name, const VDModelClass* superclass, Factory factory,
                  std::vector<VDField> fields, Options options = {});

@@ -109,7 +109,7 @@ Array jsonPathComponents(std::string_view path) {
     };
     const auto startString = [&](std::string_view text) {
         flush();
-        current.assign(text);
+        current = std::string(text); // (assign() trips a false -Wrestrict in g++ 12)
         haveCurrent = true;
     };
     const auto appendToLast = [&](std::string_view text) {

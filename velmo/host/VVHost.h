@@ -1,0 +1,40 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "velmo/host/VVHostClientConfig.h"
+
+namespace velmo {
+
+/// What the stand-alone host binds: its client configuration and its user, read from a small JSON
+/// file and the environment over defaults.
+///
+/// The file ("$VELMO_HOST_CONFIG", else "$VELMO_HOME/host.json") is an object whose keys are the
+/// names of the values: "logsURL", "clientVersion", "clientName", "clientID", "tempDir",
+/// "keyChainServiceName", "bundle", "hostVersion", "userEmail", "userID". The environment's
+/// VELMO_LOGS_URL, VELMO_CLIENT_VERSION, VELMO_CLIENT_NAME, VELMO_CLIENT_ID, VELMO_TEMP_DIR,
+/// VELMO_KEYCHAIN_SERVICE_NAME, VELMO_BUNDLE, VELMO_HOST_VERSION, VELMO_USER_EMAIL and
+/// VELMO_USER_ID win over the file.
+class VVHost {
+public:
+    struct Settings {
+        VVHostClientConfig::Values config;
+        std::string userEmail;
+        std::string userID;
+    };
+
+    static std::filesystem::path configPath();
+
+    /// Defaults, then the file, then the environment. A missing file is normal; a file that can't
+    /// be read or parsed, and keys that are unknown or not strings, are skipped with a warning.
+    static Settings load(const std::filesystem::path& file, std::vector<std::string>& warnings);
+
+    /// Loads the settings and binds the client configuration and the user. A host calls it once,
+    /// at start, before any other use of the library. Returns the warnings of `load`.
+    static std::vector<std::string> bind();
+    static std::vector<std::string> bind(const std::filesystem::path& file);
+};
+
+} // namespace velmo

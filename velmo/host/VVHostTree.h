@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "velmo/foundation/Object.h"
+#include "velmo/model/VDModelView.h"
+#include "velmo/model/VDModelViewRelatedUIElement.h"
+
+namespace velmo {
+
+/// The stand-alone host's side of a view tree: one object that answers for every view of a
+/// document or of a free tree, which the library leaves to the host. Attached to its roots, it
+/// installs itself on every view below them, keeps a parent index so that a look-up never walks
+/// the tree, and follows the tree as subview lists are set.
+///
+/// The views hold it weakly: whoever attaches it keeps it alive, and the views are detached
+/// when it goes.
+class VVHostTree : public Object, public VDModelViewRelatedUIElement {
+public:
+    static const VDClass& classObject();
+    const VDClass& objectClass() const override { return classObject(); }
+
+    /// A free tree: the view is the root.
+    static std::shared_ptr<VVHostTree> attach(const std::shared_ptr<VDModelView>& root,
+                                              const std::shared_ptr<VDModel>& owner = nullptr);
+    /// A document: every view of its "screens" is a root, and the document owns them.
+    static std::shared_ptr<VVHostTree> attachDocument(const std::shared_ptr<VDModel>& document);
+
+    ~VVHostTree() override;
+
+    /// Takes itself off every view it installed itself on.
+    void detach();
+
+    std::shared_ptr<VDModelView> modelViewOfSuperView(const VDModelView& view) override;
+    std::shared_ptr<VDModelView> modelViewOfRootView(const VDModelView& view) override;
+    std::shared_ptr<VDModel> ownerAppModelViewOfView(const VDModelView& view) override;
+    bool respondsToModelViewUpdatedSubviewsOrder() const override { return true; }
+    void modelViewUpdatedSubviewsOrder(VDModelView& movedView) override;
+    void modelViewDidSetSubviews(VDModelView& view) override;
+
+    /// Called after a change of z-order, with the moved view; for a host's display.
+    std::function<void(VDModelView& movedView)> onSubviewsOrderChanged;
+
+    std::vector<std::shared_ptr<VDModelView>> roots() const;
+    /// How many views the tree answers for.
+    std::size_t size() const { return entries_.size(); }
+    bool contains(const VDModelView& view) const { return entries_.count(&view) != 0; }
+
+private:
+    VVHostTree() = default;
+    struct Entry {
+        std::weak_ptr<VDModelView> view;
+        std::weak_ptr<VDModelView> parent;
+        std::vector<const VDModelView*> children;
+    };
+
+    void addRoot(const std::shared_ptr<VDModelView>& root);
+    void install(const std::shared_ptr<VDModelView>& view, const std::shared_ptr<VDModelView>& parent);
+    void forget(const VDModelView* view);
+
+    std::unordered_map<const VDModelView*, Entry> entries_;
+    std::vector<std::weak_ptr<VDModelView>> roots_;
+    std::weak_ptr<VDModel> owner_;
+};
+
+} // namespace velmo

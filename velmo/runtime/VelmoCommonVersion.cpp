@@ -1,0 +1,9 @@
+#include "velmo/runtime/VelmoCommonVersion.h"
+
+namespace velmo {
+
+std::string velmoCommonVersion() {
+    return VELMO_VERSION;
+}
+
+} // namespace velmo
