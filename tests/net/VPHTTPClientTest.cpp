@@ -6,6 +6,7 @@
 #include "NetTestServer.h"
 #include "velmo/foundation/VDClass.h"
 #include "velmo/net/VPHTTPClient.h"
+#include "velmo/runtime/VVDI.h"
 
 using namespace velmo;
 using namespace velmo::test;
@@ -184,4 +185,25 @@ TEST(VPHTTPClientShared, OneClientPerIdentifierWhicheverClassAsks) {
     const auto uploads = VPHTTPClient::sharedClientWithIdentifier("uploads");
     EXPECT_NE(uploads, master);
     EXPECT_EQ(VPHTTPClient::sharedClientWithIdentifier("uploads"), uploads);
+}
+
+namespace {
+// A host's own client class, bound in place of the service's.
+class HostClient : public VPHTTPClient {
+public:
+    static const VDClass& classObject() {
+        static const VDClass cls("HostClient", &VPHTTPClient::classObject(),
+                                 [] { return std::shared_ptr<Object>(std::make_shared<HostClient>()); });
+        return cls;
+    }
+    const VDClass& objectClass() const override { return classObject(); }
+};
+} // namespace
+
+TEST(VPHTTPClientShared, AnAPIClientReceiverGetsTheClassBoundInTheRegistryAndBindsItsInstance) {
+    VVDI::shared().bindClass(&HostClient::classObject(), kVVAPIClientInterface);
+    const auto client = VPHTTPClient::sharedClientWithIdentifier("api-test", VPHTTPClient::classObject(), true);
+    EXPECT_TRUE(client->isMemberOf(HostClient::classObject()));
+    EXPECT_EQ(VVDI::shared().instanceForProtocol(kVVAPIClientInterface), client);
+    EXPECT_EQ(VPHTTPClient::sharedClientWithIdentifier("api-test"), client);
 }

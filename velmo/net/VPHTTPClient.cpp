@@ -3,6 +3,7 @@
 #include <map>
 
 #include "velmo/foundation/VDClass.h"
+#include "velmo/runtime/VVDI.h"
 
 namespace velmo {
 
@@ -54,9 +55,17 @@ std::shared_ptr<VPHTTPClient> VPHTTPClient::sharedClientWithIdentifier(std::stri
     SharedClients& shared = sharedClients();
     std::lock_guard lock(shared.mutex);
     if (auto it = shared.clients.find(identifier); it != shared.clients.end()) return it->second;
-    (void)receiverIsAPIClient;
-    std::shared_ptr<VPHTTPClient> client = instantiate(receiver);
-    // A receiver that can't make a client of its own kind gets a plain one rather than nothing.
+    std::shared_ptr<VPHTTPClient> client;
+    if (receiverIsAPIClient) {
+        // The host may have put its own class in place of the service's client.
+        VVDI& di = VVDI::shared();
+        if (const VDClass* bound = di.classForProtocol(kVVAPIClientInterface)) client = instantiate(*bound);
+        if (!client) client = instantiate(receiver);
+        if (client) di.bindInstance(client, kVVAPIClientInterface);
+    } else {
+        client = instantiate(receiver);
+    }
+    // A class that can't make a client gets a plain one rather than nothing.
     if (!client) client = std::make_shared<VPHTTPClient>();
     shared.clients.emplace(std::string(identifier), client);
     return client;
