@@ -24,6 +24,7 @@
 #include "velmo/foundation/VDClass.h"
 #include "velmo/net/HTTPTransfer.h"
 #include "velmo/net/VPHTTPClient.h"
+#include "velmo/runtime/VPLogging.h"
 
 namespace velmo {
 
@@ -650,12 +651,11 @@ void VPHTTPRequest::completeOnMainQueue(const Value& response, const std::shared
     }
     Completion completion = std::move(completion_);
     if (completion && !isCancelled()) {
+        // A failing callback must not keep the request from finishing and freeing its slot.
         try {
             completion(response, urlResponse, error);
-        } catch (const std::exception& e) {
-            SystemLog::log(fmt::format("*** VPHTTPRequest completion raised: {}", e.what()));
         } catch (...) {
-            SystemLog::log("*** VPHTTPRequest completion raised");
+            VPLogging::logCaughtException(__PRETTY_FUNCTION__, __LINE__);
         }
     }
     finish();
