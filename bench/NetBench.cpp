@@ -33,7 +33,9 @@ public:
         static Server server;
         return server;
     }
-    std::string url(const std::string& path) const { return "http://127.0.0.1:" + std::to_string(port_) + path; }
+    std::string url(const std::string& path) const {
+        return "http://127.0.0.1:" + std::to_string(port_) + path;
+    }
     const std::filesystem::path& folder() const { return folder_; }
 
 private:
@@ -51,7 +53,8 @@ private:
         });
         port_ = server_.bind_to_any_port("127.0.0.1");
         thread_ = std::thread([this] { server_.listen_after_bind(); });
-        while (!server_.is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        while (!server_.is_running())
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         SystemLog::setSink([](std::string_view) {}); // one log line per request would time the terminal
     }
     ~Server() {
@@ -79,15 +82,17 @@ void ClientSmallGets(benchmark::State& state) {
         int done = 0;
         int failed = 0;
         for (int i = 0; i < kSmallRequests; ++i) {
-            client->GET("/small", Value(), [&](const Value&, std::shared_ptr<HTTPURLResponse>, VPErrorPtr error) {
-                ++done;
-                if (error) ++failed;
-            });
+            client->GET("/small", Value(),
+                        [&](const Value&, std::shared_ptr<HTTPURLResponse>, VPErrorPtr error) {
+                            ++done;
+                            if (error) ++failed;
+                        });
         }
         runMainLoopUntil([&] { return done == kSmallRequests; }, std::chrono::minutes(2));
         if (done != kSmallRequests || failed != 0) state.SkipWithError("requests failed");
     }
-    state.counters["requests/s"] = benchmark::Counter(kSmallRequests, benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["requests/s"] =
+        benchmark::Counter(kSmallRequests, benchmark::Counter::kIsIterationInvariantRate);
 }
 
 void CurlParallelSmallGets(benchmark::State& state) {
@@ -95,14 +100,17 @@ void CurlParallelSmallGets(benchmark::State& state) {
     const auto config = server.folder() / "small.curl";
     {
         std::ofstream out(config);
-        for (int i = 0; i < kSmallRequests; ++i) out << "url = \"" << server.url("/small") << "\"\noutput = \"/dev/null\"\n";
+        for (int i = 0; i < kSmallRequests; ++i)
+            out << "url = \"" << server.url("/small") << "\"\noutput = \"/dev/null\"\n";
     }
     // The same width as the client's queue.
     const std::string arguments = "--parallel --parallel-max " +
-                                  std::to_string(OperationQueue::kDefaultMaxConcurrentOperationCount) + " --config " +
-                                  config.string();
-    for (auto _ : state) runCurl(state, arguments);
-    state.counters["requests/s"] = benchmark::Counter(kSmallRequests, benchmark::Counter::kIsIterationInvariantRate);
+                                  std::to_string(OperationQueue::kDefaultMaxConcurrentOperationCount) +
+                                  " --config " + config.string();
+    for (auto _ : state)
+        runCurl(state, arguments);
+    state.counters["requests/s"] =
+        benchmark::Counter(kSmallRequests, benchmark::Counter::kIsIterationInvariantRate);
 }
 
 void ClientDownloadToFile(benchmark::State& state) {
@@ -118,7 +126,8 @@ void ClientDownloadToFile(benchmark::State& state) {
                         done = true;
                     });
         runMainLoopUntil([&] { return done; }, std::chrono::minutes(5));
-        if (!done || failure || std::filesystem::file_size(path) != kBigBody) state.SkipWithError("download failed");
+        if (!done || failure || std::filesystem::file_size(path) != kBigBody)
+            state.SkipWithError("download failed");
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kBigBody));
 }
@@ -126,7 +135,8 @@ void ClientDownloadToFile(benchmark::State& state) {
 void CurlDownloadToFile(benchmark::State& state) {
     Server& server = Server::shared();
     const std::string path = (server.folder() / "curl.bin").string();
-    for (auto _ : state) runCurl(state, "--output " + path + " " + server.url("/big"));
+    for (auto _ : state)
+        runCurl(state, "--output " + path + " " + server.url("/big"));
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kBigBody));
 }
 

@@ -51,8 +51,7 @@ private:
     std::function<void()> work_;
 };
 
-template <class Predicate>
-bool eventually(Predicate done) {
+template <class Predicate> bool eventually(Predicate done) {
     const auto deadline = std::chrono::steady_clock::now() + 10s;
     while (!done()) {
         if (std::chrono::steady_clock::now() > deadline) return false;
@@ -96,7 +95,8 @@ TEST(OperationQueue, OperationsListsWhatHasNotFinished) {
     EXPECT_EQ(queue.operations(), (std::vector<std::shared_ptr<Operation>>{first, second}));
     ASSERT_TRUE(eventually([&] { return first->isExecuting(); }));
     first->end();
-    ASSERT_TRUE(eventually([&] { return queue.operations() == std::vector<std::shared_ptr<Operation>>{second}; }));
+    ASSERT_TRUE(
+        eventually([&] { return queue.operations() == std::vector<std::shared_ptr<Operation>>{second}; }));
     ASSERT_TRUE(eventually([&] { return second->isExecuting(); }));
     second->end();
     ASSERT_TRUE(eventually([&] { return queue.operationCount() == 0; }));

@@ -50,7 +50,8 @@ NetTestServer::NetTestServer() {
     auto echo = [this](const httplib::Request& req, httplib::Response& res) {
         InFlight inFlight(*this);
         Dictionary headers = Dictionary::create();
-        for (const auto& [name, value] : req.headers) headers.set(lower(name), Value(value));
+        for (const auto& [name, value] : req.headers)
+            headers.set(lower(name), Value(value));
         const Dictionary body{{"method", Value(req.method)},
                               {"target", Value(req.target)},
                               {"body64", Value(Base64::encode(req.body))},
@@ -62,8 +63,11 @@ NetTestServer::NetTestServer() {
     s.Put("/echo", echo);
     s.Delete("/echo", echo);
 
-    s.Post("/sink", [](const httplib::Request&, httplib::Response& res) { res.set_content("ok", "application/octet-stream"); });
-    s.Get("/text", [](const httplib::Request&, httplib::Response& res) { res.set_content("hello", "text/plain"); });
+    s.Post("/sink", [](const httplib::Request&, httplib::Response& res) {
+        res.set_content("ok", "application/octet-stream");
+    });
+    s.Get("/text",
+          [](const httplib::Request&, httplib::Response& res) { res.set_content("hello", "text/plain"); });
     s.Get("/json", [](const httplib::Request& req, httplib::Response& res) {
         res.set_content(req.get_param_value("body"), "application/json; charset=utf-8");
     });
@@ -79,7 +83,8 @@ NetTestServer::NetTestServer() {
     s.Get("/slow", [this](const httplib::Request& req, httplib::Response& res) {
         InFlight inFlight(*this);
         ++slowStarted_;
-        const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(param(req, "ms", 1000));
+        const auto until =
+            std::chrono::steady_clock::now() + std::chrono::milliseconds(param(req, "ms", 1000));
         while (std::chrono::steady_clock::now() < until && !stopping_) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
@@ -126,7 +131,9 @@ NetTestServer::~NetTestServer() {
     server_.stop();
 }
 
-bool waitFor(const std::function<bool()>& done) { return runMainLoopUntil(done, std::chrono::seconds(20)); }
+bool waitFor(const std::function<bool()>& done) {
+    return runMainLoopUntil(done, std::chrono::seconds(20));
+}
 
 std::size_t heapBytesInUse() {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

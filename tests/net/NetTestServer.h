@@ -7,12 +7,12 @@
 #include <memory>
 #include <string>
 
+#include "../support/LocalHttpServer.h"
 #include "velmo/foundation/DispatchQueue.h"
+#include "velmo/foundation/URLRequest.h"
 #include "velmo/foundation/VPError.h"
 #include "velmo/foundation/Value.h"
-#include "velmo/foundation/URLRequest.h"
 #include "velmo/net/VPHTTPRequest.h"
-#include "../support/LocalHttpServer.h"
 
 // The resolver's headers, which the test server pulls in, define DELETE as a macro.
 #undef DELETE
@@ -98,7 +98,9 @@ namespace velmo::test {
 /// A fixture with the server running and the request log kept off the test output.
 class NetTest : public testing::Test {
 protected:
-    NetTest() { previousSink_ = SystemLog::setSink([](std::string_view) {}); }
+    NetTest() {
+        previousSink_ = SystemLog::setSink([](std::string_view) {});
+    }
     ~NetTest() override { SystemLog::setSink(previousSink_); }
 
     /// The body the echo route received.

@@ -29,8 +29,9 @@ TEST_F(VPHTTPClientTest, BaseParametersJoinEachRequestAndWinOnAClash) {
         const char* body;
         const char* contentType;
     } cases[] = {
-        {"get query", VPHTTPRequestMethod::GET, false, Value(Dictionary{{"q", Value("x")}, {"token", Value("mine")}}),
-         "/echo?q=x&token=base&v=2", "", "<absent>"},
+        {"get query", VPHTTPRequestMethod::GET, false,
+         Value(Dictionary{{"q", Value("x")}, {"token", Value("mine")}}), "/echo?q=x&token=base&v=2", "",
+         "<absent>"},
         {"form", VPHTTPRequestMethod::POST, false, Value(), "/echo", "token=base&v=2",
          "application/x-www-form-urlencoded"},
         {"json dictionary", VPHTTPRequestMethod::PUT, true, Value(Dictionary{{"a", Value(1)}}), "/echo",
@@ -44,9 +45,15 @@ TEST_F(VPHTTPClientTest, BaseParametersJoinEachRequestAndWinOnAClash) {
         client->setSendParametersAsJSON(c.json);
         Outcome outcome;
         switch (c.method) {
-        case VPHTTPRequestMethod::GET: client->GET("/echo", c.parameters, outcome.completion()); break;
-        case VPHTTPRequestMethod::POST: client->POST("/echo", c.parameters, outcome.completion()); break;
-        default: client->PUT("/echo", c.parameters, outcome.completion()); break;
+        case VPHTTPRequestMethod::GET:
+            client->GET("/echo", c.parameters, outcome.completion());
+            break;
+        case VPHTTPRequestMethod::POST:
+            client->POST("/echo", c.parameters, outcome.completion());
+            break;
+        default:
+            client->PUT("/echo", c.parameters, outcome.completion());
+            break;
         }
         ASSERT_TRUE(outcome.wait());
         ASSERT_FALSE(outcome.error) << outcome.error->description();
@@ -147,7 +154,8 @@ TEST_F(VPHTTPClientTest, CancelAllStopsRunningRequestsAndLetsWaitingOnesRun) {
     client->operationQueue().setMaxConcurrentOperationCount(2);
     std::vector<Outcome> outcomes(4);
     std::vector<std::shared_ptr<VPHTTPRequest>> requests;
-    for (auto& outcome : outcomes) requests.push_back(client->GET("/slow?ms=300", Value(), outcome.completion()));
+    for (auto& outcome : outcomes)
+        requests.push_back(client->GET("/slow?ms=300", Value(), outcome.completion()));
     ASSERT_TRUE(waitFor([&] { return requests[0]->isExecuting() && requests[1]->isExecuting(); }));
     client->cancelAllRequests();
     // The two that had not begun ignore the cancel and run when their turn comes.
@@ -161,7 +169,8 @@ TEST_F(VPHTTPClientTest, ManyParallelRequestsEachCallBackOnce) {
     constexpr int kRequests = 300;
     std::vector<Outcome> outcomes(kRequests);
     for (int i = 0; i < kRequests; ++i) {
-        client->GET("/echo", Value(Dictionary{{"i", Value(i)}}), outcomes[static_cast<std::size_t>(i)].completion());
+        client->GET("/echo", Value(Dictionary{{"i", Value(i)}}),
+                    outcomes[static_cast<std::size_t>(i)].completion());
     }
     ASSERT_TRUE(waitFor([&] { return client->operationQueue().operationCount() == 0; }));
     drainMainQueue();
@@ -202,7 +211,8 @@ public:
 
 TEST(VPHTTPClientShared, AnAPIClientReceiverGetsTheClassBoundInTheRegistryAndBindsItsInstance) {
     VVDI::shared().bindClass(&HostClient::classObject(), kVVAPIClientInterface);
-    const auto client = VPHTTPClient::sharedClientWithIdentifier("api-test", VPHTTPClient::classObject(), true);
+    const auto client =
+        VPHTTPClient::sharedClientWithIdentifier("api-test", VPHTTPClient::classObject(), true);
     EXPECT_TRUE(client->isMemberOf(HostClient::classObject()));
     EXPECT_EQ(VVDI::shared().instanceForProtocol(kVVAPIClientInterface), client);
     EXPECT_EQ(VPHTTPClient::sharedClientWithIdentifier("api-test"), client);

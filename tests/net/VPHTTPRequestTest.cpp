@@ -18,14 +18,16 @@ namespace {
 
 using Method = VPHTTPRequestMethod;
 
-std::shared_ptr<VPHTTPRequest> makeRequest(const std::string& url, Method method, Value parameters, Outcome& outcome,
-                                           bool json = false) {
+std::shared_ptr<VPHTTPRequest> makeRequest(const std::string& url, Method method, Value parameters,
+                                           Outcome& outcome, bool json = false) {
     auto request = std::make_shared<VPHTTPRequest>(url, method, std::move(parameters), outcome.completion());
     request->setSendParametersAsJSON(json);
     return request;
 }
 
-std::string pngBytes() { return std::string("\x89PNG\r\n\x1a\n", 8); }
+std::string pngBytes() {
+    return std::string("\x89PNG\r\n\x1a\n", 8);
+}
 
 } // namespace
 
@@ -39,12 +41,14 @@ TEST(VPHTTPRequestEncoding, ParameterStringEscapesAllButLettersDigitsAndDashDotU
         const char* out;
     } cases[] = {
         {"aZ09-._", "aZ09-._"},
-        {":/=,!$&'()*+;[]@#?^%\"`<>{}\\|~ ", "%3A%2F%3D%2C%21%24%26%27%28%29%2A%2B%3B%5B%5D%40%23%3F%5E%25%22%60%3C%3E%7B%7D%5C%7C%7E%20"},
+        {":/=,!$&'()*+;[]@#?^%\"`<>{}\\|~ ",
+         "%3A%2F%3D%2C%21%24%26%27%28%29%2A%2B%3B%5B%5D%40%23%3F%5E%25%22%60%3C%3E%7B%7D%5C%7C%7E%20"},
         {"caf\xc3\xa9", "caf%C3%A9"},
         {"line\nbreak", "line%0Abreak"},
         {"", ""},
     };
-    for (const auto& c : cases) EXPECT_EQ(encodedURLParameterString(c.in), c.out) << c.in;
+    for (const auto& c : cases)
+        EXPECT_EQ(encodedURLParameterString(c.in), c.out) << c.in;
 }
 
 TEST(VPHTTPRequestEncoding, ImageTypeSniffsJpegGifPngByTheirFirstBytes) {
@@ -60,7 +64,8 @@ TEST(VPHTTPRequestEncoding, ImageTypeSniffsJpegGifPngByTheirFirstBytes) {
         {"\x89PNG", ""},
         {"plain text", ""},
     };
-    for (const auto& c : cases) EXPECT_EQ(VPHTTPRequest::imageType(c.bytes), c.type) << c.bytes;
+    for (const auto& c : cases)
+        EXPECT_EQ(VPHTTPRequest::imageType(c.bytes), c.type) << c.bytes;
 }
 
 TEST(VPHTTPRequestEncoding, WrongParameterKindsRaiseInStartWithTheSystemsMessages) {
@@ -70,7 +75,8 @@ TEST(VPHTTPRequestEncoding, WrongParameterKindsRaiseInStartWithTheSystemsMessage
         Value parameters;
         const char* message;
     } cases[] = {
-        {Method::GET, false, Value(Array{Value(1)}), "GET and DELETE parameters must be provided as NSDictionary."},
+        {Method::GET, false, Value(Array{Value(1)}),
+         "GET and DELETE parameters must be provided as NSDictionary."},
         {Method::DELETE, true, Value("x"), "GET and DELETE parameters must be provided as NSDictionary."},
         {Method::GET, false, Value(Dictionary{{"a", Value(Dictionary{{"b", Value(1)}})}}),
          "GET requests only accept NSString, NSNumber and NSData parameters."},
@@ -83,7 +89,8 @@ TEST(VPHTTPRequestEncoding, WrongParameterKindsRaiseInStartWithTheSystemsMessage
         {Method::PUT, false, Value(Dictionary{{"a", Value::null()}}),
          "PUT requests only accept NSString and NSNumber parameters."},
         {Method::PUT, true, Value("text"),
-         "POST and PUT parameters must be provided as NSDictionary or NSArray when sendParametersAsJSON is set to YES."},
+         "POST and PUT parameters must be provided as NSDictionary or NSArray when sendParametersAsJSON is "
+         "set to YES."},
     };
     for (const auto& c : cases) {
         Outcome outcome;
@@ -110,22 +117,24 @@ TEST_F(VPHTTPRequestTest, ParametersGoIntoQueryFormOrJsonBody) {
         const char* body;
         const char* contentType;
     } cases[] = {
-        {"get query", Method::GET, false, Value(Dictionary{{"q", Value("a b&c")}, {"n", Value(3)}, {"f", Value(true)}}),
-         "/echo", "/echo?q=a%20b%26c&n=3&f=1", "", "<absent>"},
-        {"empty get adds no ?", Method::GET, false, Value(Dictionary::create()), "/echo", "/echo", "", "<absent>"},
-        {"query joins one already there", Method::GET, false, Value(Dictionary{{"y", Value("2")}}), "/echo?x=1",
-         "/echo?x=1&y=2", "", "<absent>"},
-        {"delete query", Method::DELETE, false, Value(Dictionary{{"id", Value("7")}}), "/echo", "/echo?id=7", "",
+        {"get query", Method::GET, false,
+         Value(Dictionary{{"q", Value("a b&c")}, {"n", Value(3)}, {"f", Value(true)}}), "/echo",
+         "/echo?q=a%20b%26c&n=3&f=1", "", "<absent>"},
+        {"empty get adds no ?", Method::GET, false, Value(Dictionary::create()), "/echo", "/echo", "",
          "<absent>"},
-        {"form", Method::POST, false, Value(Dictionary{{"a", Value("x y")}, {"b", Value(1.5)}}), "/echo", "/echo",
-         "a=x%20y&b=1.5", "application/x-www-form-urlencoded"},
+        {"query joins one already there", Method::GET, false, Value(Dictionary{{"y", Value("2")}}),
+         "/echo?x=1", "/echo?x=1&y=2", "", "<absent>"},
+        {"delete query", Method::DELETE, false, Value(Dictionary{{"id", Value("7")}}), "/echo", "/echo?id=7",
+         "", "<absent>"},
+        {"form", Method::POST, false, Value(Dictionary{{"a", Value("x y")}, {"b", Value(1.5)}}), "/echo",
+         "/echo", "a=x%20y&b=1.5", "application/x-www-form-urlencoded"},
         {"empty form", Method::POST, false, Value(Dictionary::create()), "/echo", "/echo", "",
          "application/x-www-form-urlencoded"},
         {"json without parameters", Method::POST, true, Value(), "/echo", "/echo", "", "<absent>"},
-        {"json dictionary", Method::PUT, true, Value(Dictionary{{"a", Value(Array{Value(1), Value("x")})}}), "/echo",
-         "/echo", R"({"a":[1,"x"]})", "application/json"},
-        {"json array", Method::POST, true, Value(Array{Value(1), Value::null()}), "/echo", "/echo", "[1,null]",
-         "application/json"},
+        {"json dictionary", Method::PUT, true, Value(Dictionary{{"a", Value(Array{Value(1), Value("x")})}}),
+         "/echo", "/echo", R"({"a":[1,"x"]})", "application/json"},
+        {"json array", Method::POST, true, Value(Array{Value(1), Value::null()}), "/echo", "/echo",
+         "[1,null]", "application/json"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -156,7 +165,8 @@ TEST_F(VPHTTPRequestTest, MultipartBodyHasFixedBoundaryAndNamedFileParts) {
     ASSERT_TRUE(outcome.wait());
 
     const URLRequest sent = request->operationRequest();
-    EXPECT_EQ(sent.valueForHTTPHeaderField("Content-Type"), "multipart/form-data; boundary=VPHTTPRequestBoundary");
+    EXPECT_EQ(sent.valueForHTTPHeaderField("Content-Type"),
+              "multipart/form-data; boundary=VPHTTPRequestBoundary");
     const std::regex expected(
         "--VPHTTPRequestBoundary\r\n"
         "Content-Disposition: form-data; name=\"title\"\r\n\r\nMy title\r\n"
@@ -178,8 +188,9 @@ TEST_F(VPHTTPRequestTest, MultipartBodyHasFixedBoundaryAndNamedFileParts) {
 
 TEST_F(VPHTTPRequestTest, UnreadableFileParameterRaises) {
     Outcome outcome;
-    auto request = makeRequest(server.url("/echo"), Method::POST,
-                               Value(Dictionary{{"doc", Value(URL::fileURLWithPath("/nonexistent/file"))}}), outcome);
+    auto request =
+        makeRequest(server.url("/echo"), Method::POST,
+                    Value(Dictionary{{"doc", Value(URL::fileURLWithPath("/nonexistent/file"))}}), outcome);
     EXPECT_THROW(request->start(), std::invalid_argument);
 }
 
@@ -233,16 +244,17 @@ TEST_F(VPHTTPRequestTest, AnswersBecomeResponsesAndErrors) {
         int status;
     } cases[] = {
         {"/json?body=12", Value(12), nullptr, 0, nullptr, 200},
-        {"/json?body=%7B%22a%22%3A%5B1%2Cnull%5D%7D", Value(Dictionary{{"a", Value(Array{Value(1), Value::null()})}}),
-         nullptr, 0, nullptr, 200},
+        {"/json?body=%7B%22a%22%3A%5B1%2Cnull%5D%7D",
+         Value(Dictionary{{"a", Value(Array{Value(1), Value::null()})}}), nullptr, 0, nullptr, 200},
         {"/json/latin1", Value(Dictionary{{"name", Value("caf\xc3\xa9")}}), nullptr, 0, nullptr, 200},
         {"/status/500", Value(Dictionary{{"error", Value("status 500")}}), kNSURLErrorDomain, -1011,
          "Bad Server Response.", 500},
-        {"/status/404", Value(Dictionary{{"error", Value("status 404")}}), kNSURLErrorDomain, 404, nullptr, 404},
+        {"/status/404", Value(Dictionary{{"error", Value("status 404")}}), kNSURLErrorDomain, 404, nullptr,
+         404},
         {"/nocontent", Value::bytes(""), nullptr, 0, nullptr, 204},
         {"/text", Value::bytes("hello"), nullptr, 0, nullptr, 200},
-        {"/json?body=%7Boops", Value::bytes("{oops"), kNSCocoaErrorDomain, kNSPropertyListReadCorruptError, nullptr,
-         200},
+        {"/json?body=%7Boops", Value::bytes("{oops"), kNSCocoaErrorDomain, kNSPropertyListReadCorruptError,
+         nullptr, 200},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.path);
@@ -354,8 +366,9 @@ TEST_F(VPHTTPRequestTest, SavedBodyOutlastsTheTimeoutAndReportsProgress) {
     const auto path = (folder / "drip.bin").string();
     std::vector<float> progress;
     Outcome outcome;
-    auto request = std::make_shared<VPHTTPRequest>(server.url("/drip?bytes=20000&ms=2500"), Method::GET, Value(), path,
-                                                   [&](float p) { progress.push_back(p); }, outcome.completion());
+    auto request = std::make_shared<VPHTTPRequest>(
+        server.url("/drip?bytes=20000&ms=2500"), Method::GET, Value(), path,
+        [&](float p) { progress.push_back(p); }, outcome.completion());
     request->setTimeoutInterval(1);
     request->start();
     ASSERT_TRUE(outcome.wait());
@@ -364,7 +377,8 @@ TEST_F(VPHTTPRequestTest, SavedBodyOutlastsTheTimeoutAndReportsProgress) {
     EXPECT_EQ(std::filesystem::file_size(path), 20000u);
     // The length is unknown (chunked), so every report says so.
     ASSERT_FALSE(progress.empty());
-    for (float p : progress) EXPECT_EQ(p, -1.0f);
+    for (float p : progress)
+        EXPECT_EQ(p, -1.0f);
     EXPECT_EQ(request->expectedContentLength(), -1.0f);
     EXPECT_EQ(request->receivedContentLength(), 20000.0f);
     std::filesystem::remove_all(folder);
@@ -381,15 +395,16 @@ TEST_F(VPHTTPRequestTest, HundredMegabytesToAFileDoNotGrowMemory) {
     float last = 0;
     bool increasing = true;
     Outcome outcome;
-    VPHTTPRequest::GET(server.url("/big?bytes=" + std::to_string(kSize)), Value(), path,
-                       [&](float p) {
-                           // Progress runs on the request's serial queue; the test reads these
-                           // values only after the completion on the main queue.
-                           peak = std::max(peak, heapBytesInUse());
-                           increasing = increasing && p >= last;
-                           last = p;
-                       },
-                       outcome.completion());
+    VPHTTPRequest::GET(
+        server.url("/big?bytes=" + std::to_string(kSize)), Value(), path,
+        [&](float p) {
+            // Progress runs on the request's serial queue; the test reads these
+            // values only after the completion on the main queue.
+            peak = std::max(peak, heapBytesInUse());
+            increasing = increasing && p >= last;
+            last = p;
+        },
+        outcome.completion());
     ASSERT_TRUE(waitFor([&] { return outcome.calls > 0; }));
     EXPECT_FALSE(outcome.error) << outcome.error->description();
     EXPECT_EQ(std::filesystem::file_size(path), kSize);
@@ -400,9 +415,7 @@ TEST_F(VPHTTPRequestTest, HundredMegabytesToAFileDoNotGrowMemory) {
 }
 
 TEST_F(VPHTTPRequestTest, UnwritableSavePathFailsWithWriteError) {
-    const struct {
-        const char* path;
-    } cases[] = {{"/nonexistent-folder/x.bin"}, {"/dev/full"}};
+    const struct { const char* path; } cases[] = {{"/nonexistent-folder/x.bin"}, {"/dev/full"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.path);
         Outcome outcome;

@@ -28,7 +28,9 @@ void Operation::start() {
     setState(OperationState::Finished);
 }
 
-void Operation::cancel() { markCancelled(); }
+void Operation::cancel() {
+    markCancelled();
+}
 
 OperationState Operation::state() const {
     std::lock_guard lock(mutex_);
@@ -70,9 +72,11 @@ void Operation::didChangeValueForKey(std::string_view key) {
     {
         std::lock_guard lock(mutex_);
         observers.reserve(observers_.size());
-        for (const auto& r : observers_) observers.push_back(r.observer);
+        for (const auto& r : observers_)
+            observers.push_back(r.observer);
     }
-    for (const auto& observer : observers) (*observer)(*this, key);
+    for (const auto& observer : observers)
+        (*observer)(*this, key);
 }
 
 } // namespace velmo

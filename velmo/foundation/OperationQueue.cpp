@@ -88,7 +88,9 @@ OperationQueue::OperationQueue(std::string name) : state_(std::make_shared<State
 
 OperationQueue::~OperationQueue() = default;
 
-const std::string& OperationQueue::name() const { return state_->name; }
+const std::string& OperationQueue::name() const {
+    return state_->name;
+}
 
 void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
     if (!operation) throw std::invalid_argument("operation must not be null");
@@ -98,7 +100,8 @@ void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
     {
         std::lock_guard lock(state_->mutex);
         for (const auto& entry : state_->entries) {
-            if (entry.operation == operation) throw std::invalid_argument("operation is already in the queue");
+            if (entry.operation == operation)
+                throw std::invalid_argument("operation is already in the queue");
         }
         // The observer holds the bookkeeping: operations keep running after the queue object goes.
         Operation* raw = operation.get();
@@ -113,7 +116,8 @@ std::vector<std::shared_ptr<Operation>> OperationQueue::operations() const {
     std::lock_guard lock(state_->mutex);
     std::vector<std::shared_ptr<Operation>> result;
     result.reserve(state_->entries.size());
-    for (const auto& entry : state_->entries) result.push_back(entry.operation);
+    for (const auto& entry : state_->entries)
+        result.push_back(entry.operation);
     return result;
 }
 

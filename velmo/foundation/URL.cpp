@@ -33,9 +33,13 @@ const VDClass& URL::classObject() {
     return cls;
 }
 
-std::string URL::scheme() const { return std::string(urls::parse_uri(string_)->scheme()); }
+std::string URL::scheme() const {
+    return std::string(urls::parse_uri(string_)->scheme());
+}
 
-std::string URL::path() const { return std::string(urls::parse_uri(string_)->path()); }
+std::string URL::path() const {
+    return std::string(urls::parse_uri(string_)->path());
+}
 
 std::string URL::lastPathComponent() const {
     const auto url = *urls::parse_uri(string_);
@@ -46,13 +50,17 @@ std::string URL::lastPathComponent() const {
     return last;
 }
 
-bool URL::isFileURL() const { return urls::parse_uri(string_)->scheme_id() == urls::scheme::file; }
+bool URL::isFileURL() const {
+    return urls::parse_uri(string_)->scheme_id() == urls::scheme::file;
+}
 
 bool URL::isEqual(const Object& other) const {
     const auto* url = dynamic_cast<const URL*>(&other);
     return url && url->string_ == string_;
 }
 
-std::size_t URL::hash() const { return std::hash<std::string>{}(string_); }
+std::size_t URL::hash() const {
+    return std::hash<std::string>{}(string_);
+}
 
 } // namespace velmo

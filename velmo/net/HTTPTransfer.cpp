@@ -11,8 +11,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include <curl/curl.h>
 #include "velmo/foundation/URLErrors.h"
+#include <curl/curl.h>
 
 namespace velmo {
 
@@ -30,8 +30,7 @@ public:
     CURLcode code;
 };
 
-template <class T>
-void setopt(CURL* easy, CURLoption option, T value) {
+template <class T> void setopt(CURL* easy, CURLoption option, T value) {
     const CURLcode code = curl_easy_setopt(easy, option, value);
     if (code != CURLE_OK) throw CurlSetupError(code);
 }
@@ -127,7 +126,8 @@ public:
 
 private:
     TransferLoop() {
-        if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) throw std::runtime_error("libcurl failed to start");
+        if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK)
+            throw std::runtime_error("libcurl failed to start");
         multi_ = curl_multi_init();
         if (!multi_) throw std::runtime_error("libcurl failed to make a multi handle");
         std::thread([this] { run(); }).detach();
@@ -149,7 +149,8 @@ private:
                 std::lock_guard lock(mutex_);
                 commands.swap(commands_);
             }
-            for (auto& command : commands) command();
+            for (auto& command : commands)
+                command();
 
             int running = 0;
             curl_multi_perform(multi_, &running);
@@ -231,7 +232,8 @@ void HTTPTransfer::Impl::configure() {
         if (!list) throw CurlSetupError(CURLE_OUT_OF_MEMORY);
         headerList = list;
     };
-    for (const auto& [name, value] : request.headers) append(value.empty() ? name + ";" : name + ": " + value);
+    for (const auto& [name, value] : request.headers)
+        append(value.empty() ? name + ";" : name + ": " + value);
     if (request.valueForHTTPHeaderField("Content-Type").empty()) append("Content-Type:");
     if (request.valueForHTTPHeaderField("Expect").empty()) append("Expect:");
     setopt(easy, CURLOPT_HTTPHEADER, headerList);
@@ -274,13 +276,15 @@ size_t HTTPTransfer::Impl::onHeader(char* data, size_t size, size_t count, void*
     auto* transfer = static_cast<Impl*>(self);
     const size_t length = size * count;
     std::string_view line(data, length);
-    while (!line.empty() && (line.back() == '\r' || line.back() == '\n')) line.remove_suffix(1);
+    while (!line.empty() && (line.back() == '\r' || line.back() == '\n'))
+        line.remove_suffix(1);
     if (line.starts_with("HTTP/")) {
         // A new head (after a redirect or an interim answer) replaces the fields of the last.
         transfer->responseHeaders.clear();
     } else if (const auto colon = line.find(':'); colon != std::string_view::npos) {
         std::string_view value = line.substr(colon + 1);
-        while (!value.empty() && (value.front() == ' ' || value.front() == '\t')) value.remove_prefix(1);
+        while (!value.empty() && (value.front() == ' ' || value.front() == '\t'))
+            value.remove_prefix(1);
         transfer->responseHeaders.emplace_back(std::string(line.substr(0, colon)), std::string(value));
     }
     return length;
@@ -293,7 +297,8 @@ size_t HTTPTransfer::Impl::onWrite(char* data, size_t size, size_t count, void* 
     if (transfer->cancelled || !transfer->delegate) return 0;
     transfer->deliverResponse();
     if (transfer->cancelled) return 0;
-    if (!transfer->delegate->transferDidReceiveData(std::string_view(data, length))) return CURL_WRITEFUNC_PAUSE;
+    if (!transfer->delegate->transferDidReceiveData(std::string_view(data, length)))
+        return CURL_WRITEFUNC_PAUSE;
     return length;
 }
 
@@ -302,19 +307,23 @@ int HTTPTransfer::Impl::onProgress(void* self, curl_off_t, curl_off_t, curl_off_
     if (transfer->cancelled) return 1;
     if (ulnow > transfer->lastUploaded && transfer->delegate) {
         transfer->lastUploaded = ulnow;
-        transfer->delegate->transferDidSendBodyData(static_cast<std::int64_t>(ulnow), static_cast<std::int64_t>(ultotal));
+        transfer->delegate->transferDidSendBodyData(static_cast<std::int64_t>(ulnow),
+                                                    static_cast<std::int64_t>(ultotal));
     }
     return 0;
 }
 
-HTTPTransfer::HTTPTransfer(URLRequest request, std::shared_ptr<HTTPTransferDelegate> delegate, Options options)
+HTTPTransfer::HTTPTransfer(URLRequest request, std::shared_ptr<HTTPTransferDelegate> delegate,
+                           Options options)
     : impl_(std::make_shared<Impl>()) {
     impl_->request = std::move(request);
     impl_->delegate = std::move(delegate);
     impl_->options = options;
 }
 
-HTTPTransfer::~HTTPTransfer() { cancel(); }
+HTTPTransfer::~HTTPTransfer() {
+    cancel();
+}
 
 void HTTPTransfer::start() {
     if (impl_->started.exchange(true)) return;

@@ -39,11 +39,14 @@ VPHTTPClient::VPHTTPClient() = default;
 VPHTTPClient::~VPHTTPClient() = default;
 
 const VDClass& VPHTTPClient::classObject() {
-    static const VDClass cls("VPHTTPClient", nullptr, [] { return std::shared_ptr<Object>(std::make_shared<VPHTTPClient>()); });
+    static const VDClass cls("VPHTTPClient", nullptr,
+                             [] { return std::shared_ptr<Object>(std::make_shared<VPHTTPClient>()); });
     return cls;
 }
 
-std::shared_ptr<VPHTTPClient> VPHTTPClient::sharedClient() { return sharedClientWithIdentifier(kMasterIdentifier); }
+std::shared_ptr<VPHTTPClient> VPHTTPClient::sharedClient() {
+    return sharedClientWithIdentifier(kMasterIdentifier);
+}
 
 std::shared_ptr<VPHTTPClient> VPHTTPClient::sharedClientWithIdentifier(std::string_view identifier) {
     return sharedClientWithIdentifier(identifier, classObject(), false);
@@ -76,7 +79,8 @@ Dictionary VPHTTPClient::HTTPHeaderFields() {
     return HTTPHeaderFields_;
 }
 
-void VPHTTPClient::setBasicAuthWithUsername(std::optional<std::string> username, std::optional<std::string> password) {
+void VPHTTPClient::setBasicAuthWithUsername(std::optional<std::string> username,
+                                            std::optional<std::string> password) {
     username_ = std::move(username);
     password_ = std::move(password);
 }
@@ -92,18 +96,23 @@ void VPHTTPClient::setValue(std::optional<std::string> value, std::string_view f
 
 // ---------------------------------------------------------------- sending
 
-std::shared_ptr<VPHTTPRequest> VPHTTPClient::GET(std::string_view path, Value parameters, Completion completion) {
-    return queueRequest(path, VPHTTPRequestMethod::GET, std::move(parameters), {}, nullptr, {}, std::move(completion));
+std::shared_ptr<VPHTTPRequest> VPHTTPClient::GET(std::string_view path, Value parameters,
+                                                 Completion completion) {
+    return queueRequest(path, VPHTTPRequestMethod::GET, std::move(parameters), {}, nullptr, {},
+                        std::move(completion));
 }
 
-std::shared_ptr<VPHTTPRequest> VPHTTPClient::GET(std::string_view path, Value parameters, std::string saveToPath,
-                                                 Progress progress, Completion completion) {
+std::shared_ptr<VPHTTPRequest> VPHTTPClient::GET(std::string_view path, Value parameters,
+                                                 std::string saveToPath, Progress progress,
+                                                 Completion completion) {
     return queueRequest(path, VPHTTPRequestMethod::GET, std::move(parameters), std::move(saveToPath),
                         std::move(progress), {}, std::move(completion));
 }
 
-std::shared_ptr<VPHTTPRequest> VPHTTPClient::POST(std::string_view path, Value parameters, Completion completion) {
-    return queueRequest(path, VPHTTPRequestMethod::POST, std::move(parameters), {}, nullptr, {}, std::move(completion));
+std::shared_ptr<VPHTTPRequest> VPHTTPClient::POST(std::string_view path, Value parameters,
+                                                  Completion completion) {
+    return queueRequest(path, VPHTTPRequestMethod::POST, std::move(parameters), {}, nullptr, {},
+                        std::move(completion));
 }
 
 std::shared_ptr<VPHTTPRequest> VPHTTPClient::POST(std::string_view path, Value parameters,
@@ -118,38 +127,48 @@ std::shared_ptr<VPHTTPRequest> VPHTTPClient::POST(std::string_view path, Value p
                         std::move(completion));
 }
 
-std::shared_ptr<VPHTTPRequest> VPHTTPClient::PUT(std::string_view path, Value parameters, Completion completion) {
-    return queueRequest(path, VPHTTPRequestMethod::PUT, std::move(parameters), {}, nullptr, {}, std::move(completion));
+std::shared_ptr<VPHTTPRequest> VPHTTPClient::PUT(std::string_view path, Value parameters,
+                                                 Completion completion) {
+    return queueRequest(path, VPHTTPRequestMethod::PUT, std::move(parameters), {}, nullptr, {},
+                        std::move(completion));
 }
 
-std::shared_ptr<VPHTTPRequest> VPHTTPClient::DELETE(std::string_view path, Value parameters, Completion completion) {
+std::shared_ptr<VPHTTPRequest> VPHTTPClient::DELETE(std::string_view path, Value parameters,
+                                                    Completion completion) {
     return queueRequest(path, VPHTTPRequestMethod::DELETE, std::move(parameters), {}, nullptr, {},
                         std::move(completion));
 }
 
-std::shared_ptr<VPHTTPRequest> VPHTTPClient::HEAD(std::string_view path, Value parameters, Completion completion) {
-    return queueRequest(path, VPHTTPRequestMethod::HEAD, std::move(parameters), {}, nullptr, {}, std::move(completion));
+std::shared_ptr<VPHTTPRequest> VPHTTPClient::HEAD(std::string_view path, Value parameters,
+                                                  Completion completion) {
+    return queueRequest(path, VPHTTPRequestMethod::HEAD, std::move(parameters), {}, nullptr, {},
+                        std::move(completion));
 }
 
 std::shared_ptr<VPHTTPRequest> VPHTTPClient::queueRequest(std::string_view path, VPHTTPRequestMethod method,
-                                                          Value parameters, std::string saveToPath, Progress progress,
-                                                          Dictionary requestHTTPHeaders, Completion completion) {
+                                                          Value parameters, std::string saveToPath,
+                                                          Progress progress, Dictionary requestHTTPHeaders,
+                                                          Completion completion) {
     const std::string address = basePath_ + std::string(path);
 
     // A JSON body that is not a dictionary (an array, or nothing) goes as given: base parameters
     // have no place in it. Parameters of a wrong kind also pass, for the request to refuse them.
     const bool jsonBody =
         sendParametersAsJSON_ && (method == VPHTTPRequestMethod::POST || method == VPHTTPRequestMethod::PUT);
-    const bool passUnchanged = jsonBody ? !parameters.isDictionary() : !parameters.isNil() && !parameters.isDictionary();
+    const bool passUnchanged =
+        jsonBody ? !parameters.isDictionary() : !parameters.isNil() && !parameters.isDictionary();
     if (!passUnchanged) {
         Dictionary merged = Dictionary::create();
-        for (const auto& entry : parameters.dictionary()) merged.setEntry(entry.key, entry.value);
-        for (const auto& entry : baseParameters_) merged.setEntry(entry.key, entry.value);
+        for (const auto& entry : parameters.dictionary())
+            merged.setEntry(entry.key, entry.value);
+        for (const auto& entry : baseParameters_)
+            merged.setEntry(entry.key, entry.value);
         parameters = Value(merged);
     }
 
-    auto request = std::make_shared<VPHTTPRequest>(address, method, std::move(parameters), std::move(saveToPath),
-                                                   std::move(progress), std::move(completion));
+    auto request =
+        std::make_shared<VPHTTPRequest>(address, method, std::move(parameters), std::move(saveToPath),
+                                        std::move(progress), std::move(completion));
     for (const auto& entry : requestHTTPHeaders) {
         if (auto text = headerText(entry.value)) request->setValue(std::move(text), entry.key.stringView());
     }
@@ -167,7 +186,9 @@ std::shared_ptr<VPHTTPRequest> VPHTTPClient::queueRequest(std::string_view path,
     return request;
 }
 
-void VPHTTPClient::queueRequest(const std::shared_ptr<VPHTTPRequest>& request) { operationQueue_.addOperation(request); }
+void VPHTTPClient::queueRequest(const std::shared_ptr<VPHTTPRequest>& request) {
+    operationQueue_.addOperation(request);
+}
 
 void VPHTTPClient::cancelRequestsWithPath(std::string_view path) {
     operationQueue_.cancelOperations([path](Operation& operation) {
@@ -176,6 +197,8 @@ void VPHTTPClient::cancelRequestsWithPath(std::string_view path) {
     });
 }
 
-void VPHTTPClient::cancelAllRequests() { operationQueue_.cancelAllOperations(); }
+void VPHTTPClient::cancelAllRequests() {
+    operationQueue_.cancelAllOperations();
+}
 
 } // namespace velmo

@@ -11,6 +11,10 @@
 #include "velmo/foundation/Value.h"
 #include "velmo/net/VPHTTPRequest.h"
 
+// The resolver's headers define DELETE as a macro; the method of that name is declared as written.
+#pragma push_macro("DELETE")
+#undef DELETE
+
 namespace velmo {
 
 /// What many requests have in common — base path, base parameters, default headers, Basic
@@ -35,7 +39,8 @@ public:
     /// interface in VVDI, which is then bound there as the interface's instance; any other
     /// receiver gets an instance of itself.
     static std::shared_ptr<VPHTTPClient> sharedClientWithIdentifier(std::string_view identifier,
-                                                                    const VDClass& receiver, bool receiverIsAPIClient);
+                                                                    const VDClass& receiver,
+                                                                    bool receiverIsAPIClient);
 
     // ---- fields
 
@@ -79,8 +84,8 @@ public:
     /// POST:parameters:completion:
     std::shared_ptr<VPHTTPRequest> POST(std::string_view path, Value parameters, Completion completion);
     /// POST:parameters:requestHTTPHeaders:completion:
-    std::shared_ptr<VPHTTPRequest> POST(std::string_view path, Value parameters, Dictionary requestHTTPHeaders,
-                                        Completion completion);
+    std::shared_ptr<VPHTTPRequest> POST(std::string_view path, Value parameters,
+                                        Dictionary requestHTTPHeaders, Completion completion);
     /// POST:parameters:progress:completion:
     std::shared_ptr<VPHTTPRequest> POST(std::string_view path, Value parameters, Progress progress,
                                         Completion completion);
@@ -99,8 +104,9 @@ protected:
     /// queueRequest:method:parameters:saveToPath:progress:requestHTTPHeaders:completion: — where
     /// every sending form arrives.
     virtual std::shared_ptr<VPHTTPRequest> queueRequest(std::string_view path, VPHTTPRequestMethod method,
-                                                        Value parameters, std::string saveToPath, Progress progress,
-                                                        Dictionary requestHTTPHeaders, Completion completion);
+                                                        Value parameters, std::string saveToPath,
+                                                        Progress progress, Dictionary requestHTTPHeaders,
+                                                        Completion completion);
     /// queueRequest: — adds the request to the queue.
     virtual void queueRequest(const std::shared_ptr<VPHTTPRequest>& request);
 
@@ -119,3 +125,5 @@ private:
 };
 
 } // namespace velmo
+
+#pragma pop_macro("DELETE")

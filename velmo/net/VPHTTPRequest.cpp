@@ -33,7 +33,8 @@ namespace {
 namespace urls = boost::urls;
 
 // Letters, digits and "-._" pass; everything else is escaped, "~" included.
-constexpr urls::grammar::lut_chars kParameterChars = urls::grammar::lut_chars(urls::grammar::alnum_chars) + "-._";
+constexpr urls::grammar::lut_chars kParameterChars =
+    urls::grammar::lut_chars(urls::grammar::alnum_chars) + "-._";
 
 // Body bytes waiting for the serial queue: past the high mark the transfer stops reading until
 // the queue is back under the low mark, so a body saved to a file never piles up in memory.
@@ -50,11 +51,16 @@ std::atomic<unsigned> gTaskCount{0};
 
 const char* methodName(VPHTTPRequestMethod method) {
     switch (method) {
-    case VPHTTPRequestMethod::GET: return "GET";
-    case VPHTTPRequestMethod::POST: return "POST";
-    case VPHTTPRequestMethod::PUT: return "PUT";
-    case VPHTTPRequestMethod::DELETE: return "DELETE";
-    case VPHTTPRequestMethod::HEAD: return "HEAD";
+    case VPHTTPRequestMethod::GET:
+        return "GET";
+    case VPHTTPRequestMethod::POST:
+        return "POST";
+    case VPHTTPRequestMethod::PUT:
+        return "PUT";
+    case VPHTTPRequestMethod::DELETE:
+        return "DELETE";
+    case VPHTTPRequestMethod::HEAD:
+        return "HEAD";
     }
     return "GET";
 }
@@ -63,7 +69,9 @@ bool hasBody(VPHTTPRequestMethod method) {
     return method == VPHTTPRequestMethod::POST || method == VPHTTPRequestMethod::PUT;
 }
 
-void increaseTaskCount() { gTaskCount.fetch_add(1); }
+void increaseTaskCount() {
+    gTaskCount.fetch_add(1);
+}
 
 // The count never goes below 0.
 void decreaseTaskCount() {
@@ -81,13 +89,16 @@ std::shared_ptr<URL> fileParameter(const Value& value) {
 std::string bytesAsCharacters(std::string_view bytes) {
     std::string text;
     text.reserve(bytes.size() * 2);
-    for (const char c : bytes) Utf8::append(text, static_cast<unsigned char>(c));
+    for (const char c : bytes)
+        Utf8::append(text, static_cast<unsigned char>(c));
     return text;
 }
 
 } // namespace
 
-std::string encodedURLParameterString(std::string_view string) { return urls::encode(string, kParameterChars); }
+std::string encodedURLParameterString(std::string_view string) {
+    return urls::encode(string, kParameterChars);
+}
 
 // ---------------------------------------------------------------- transfer events
 
@@ -103,7 +114,8 @@ struct VPHTTPRequest::TransferEvents : HTTPTransferDelegate {
         // Upload progress is reported for POST only.
         if (request->method_ != VPHTTPRequestMethod::POST || !request->progress_ || expected <= 0) return;
         request->saveDataDispatchQueue_->async([request = request, written, expected] {
-            if (!request->completed_) request->progress_(static_cast<float>(written) / static_cast<float>(expected));
+            if (!request->completed_)
+                request->progress_(static_cast<float>(written) / static_cast<float>(expected));
         });
     }
     void transferDidFinish() override {
@@ -156,50 +168,60 @@ std::shared_ptr<VPHTTPRequest> started(std::shared_ptr<VPHTTPRequest> request) {
 }
 } // namespace
 
-std::shared_ptr<VPHTTPRequest> VPHTTPRequest::GET(std::string_view address, Value parameters, Completion completion) {
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::GET(std::string_view address, Value parameters,
+                                                  Completion completion) {
     return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::GET, std::move(parameters),
                                                    std::move(completion)));
 }
 
-std::shared_ptr<VPHTTPRequest> VPHTTPRequest::GET(std::string_view address, Value parameters, std::string saveToPath,
-                                                  Progress progress, Completion completion) {
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::GET(std::string_view address, Value parameters,
+                                                  std::string saveToPath, Progress progress,
+                                                  Completion completion) {
     return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::GET, std::move(parameters),
                                                    std::move(saveToPath), std::move(progress),
                                                    std::move(completion)));
 }
 
-std::shared_ptr<VPHTTPRequest> VPHTTPRequest::POST(std::string_view address, Value parameters, Completion completion) {
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::POST(std::string_view address, Value parameters,
+                                                   Completion completion) {
     return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::POST, std::move(parameters),
                                                    std::move(completion)));
 }
 
-std::shared_ptr<VPHTTPRequest> VPHTTPRequest::POST(std::string_view address, Value parameters, Progress progress,
-                                                   Completion completion) {
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::POST(std::string_view address, Value parameters,
+                                                   Progress progress, Completion completion) {
     return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::POST, std::move(parameters),
-                                                   std::string(), std::move(progress), std::move(completion)));
+                                                   std::string(), std::move(progress),
+                                                   std::move(completion)));
 }
 
-std::shared_ptr<VPHTTPRequest> VPHTTPRequest::PUT(std::string_view address, Value parameters, Completion completion) {
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::PUT(std::string_view address, Value parameters,
+                                                  Completion completion) {
     return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::PUT, std::move(parameters),
                                                    std::move(completion)));
 }
 
 std::shared_ptr<VPHTTPRequest> VPHTTPRequest::DELETE(std::string_view address, Value parameters,
                                                      Completion completion) {
-    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::DELETE, std::move(parameters),
-                                                   std::move(completion)));
+    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::DELETE,
+                                                   std::move(parameters), std::move(completion)));
 }
 
-std::shared_ptr<VPHTTPRequest> VPHTTPRequest::HEAD(std::string_view address, Value parameters, Completion completion) {
+std::shared_ptr<VPHTTPRequest> VPHTTPRequest::HEAD(std::string_view address, Value parameters,
+                                                   Completion completion) {
     return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::HEAD, std::move(parameters),
                                                    std::move(completion)));
 }
 
 // ---------------------------------------------------------------- process-wide values
 
-double VPHTTPRequest::defaultTimeoutInterval() { return gDefaultTimeoutInterval.load(); }
+double VPHTTPRequest::defaultTimeoutInterval() {
+    return gDefaultTimeoutInterval.load();
+}
 
-void VPHTTPRequest::setDefaultTimeoutInterval(double seconds) { gDefaultTimeoutInterval.store(seconds); }
+void VPHTTPRequest::setDefaultTimeoutInterval(double seconds) {
+    gDefaultTimeoutInterval.store(seconds);
+}
 
 std::optional<std::string> VPHTTPRequest::defaultUserAgent() {
     std::lock_guard lock(gDefaultUserAgentMutex);
@@ -211,7 +233,9 @@ void VPHTTPRequest::setDefaultUserAgent(std::optional<std::string> userAgent) {
     gDefaultUserAgent = std::move(userAgent);
 }
 
-unsigned VPHTTPRequest::taskCount() { return gTaskCount.load(); }
+unsigned VPHTTPRequest::taskCount() {
+    return gTaskCount.load();
+}
 
 // ---------------------------------------------------------------- fields
 
@@ -326,8 +350,8 @@ std::string VPHTTPRequest::parameterStringForDictionary(const Dictionary& parame
         } else if (value.isNumber()) {
             result += value.description();
         } else {
-            throw std::invalid_argument(
-                fmt::format("{} requests only accept NSString, NSNumber and NSData parameters.", methodName(method_)));
+            throw std::invalid_argument(fmt::format(
+                "{} requests only accept NSString, NSNumber and NSData parameters.", methodName(method_)));
         }
     }
     return result;
@@ -338,7 +362,8 @@ std::string VPHTTPRequest::multipartBody(const Dictionary& parameters) const {
     int fileIndex = 0;
     auto fileHead = [&](std::string_view name, std::string_view fileName, std::string_view type) {
         body += fmt::format("--{}\r\n", kVPHTTPRequestBoundary);
-        body += fmt::format("Content-Disposition: attachment; name=\"{}\"; filename=\"{}\"\r\n", name, fileName);
+        body +=
+            fmt::format("Content-Disposition: attachment; name=\"{}\"; filename=\"{}\"\r\n", name, fileName);
         body += fmt::format("Content-Type: {}\r\n\r\n", type);
         ++fileIndex;
     };
@@ -347,8 +372,8 @@ std::string VPHTTPRequest::multipartBody(const Dictionary& parameters) const {
         if (auto url = fileParameter(value)) {
             const auto contents = url->isFileURL() ? Files::read(url->path()) : std::nullopt;
             if (!contents) {
-                throw std::invalid_argument(fmt::format("The file at {} could not be read for the parameter {}.",
-                                                        url->absoluteString(), name));
+                throw std::invalid_argument(fmt::format(
+                    "The file at {} could not be read for the parameter {}.", url->absoluteString(), name));
             }
             fileHead(name, url->lastPathComponent(), "application/octet-stream");
             body += *contents;
@@ -360,7 +385,8 @@ std::string VPHTTPRequest::multipartBody(const Dictionary& parameters) const {
                 fmt::format("userfile{}{:x}", fileIndex, static_cast<unsigned long long>(std::time(nullptr)));
             if (!extension.empty()) fileName += fmt::format(".{}", extension);
             fileHead(name, fileName,
-                     extension.empty() ? std::string("application/octet-stream") : fmt::format("image/{}", extension));
+                     extension.empty() ? std::string("application/octet-stream")
+                                       : fmt::format("image/{}", extension));
             body += bytes;
         } else {
             body += fmt::format("--{}\r\n", kVPHTTPRequestBoundary);
@@ -399,8 +425,8 @@ void VPHTTPRequest::addParametersToRequest(const Value& parameters) {
     std::string contentType;
     if (!sendParametersAsJSON()) {
         if (!parameters.isDictionary()) {
-            throw std::invalid_argument(
-                "POST and PUT parameters must be provided as NSDictionary when sendParametersAsJSON is set to NO.");
+            throw std::invalid_argument("POST and PUT parameters must be provided as NSDictionary when "
+                                        "sendParametersAsJSON is set to NO.");
         }
         const Dictionary dictionary = parameters.dictionary();
         bool multipart = false;
@@ -409,7 +435,8 @@ void VPHTTPRequest::addParametersToRequest(const Value& parameters) {
             if (value.isBytes() || fileParameter(value)) {
                 multipart = true;
             } else if (!value.isString() && !value.isNumber()) {
-                throw std::invalid_argument(fmt::format("{} requests only accept NSString and NSNumber parameters.", method));
+                throw std::invalid_argument(
+                    fmt::format("{} requests only accept NSString and NSNumber parameters.", method));
             }
         }
         if (multipart) {
@@ -421,8 +448,9 @@ void VPHTTPRequest::addParametersToRequest(const Value& parameters) {
         }
     } else {
         if (!parameters.isDictionary() && !parameters.isArray()) {
-            throw std::invalid_argument("POST and PUT parameters must be provided as NSDictionary or NSArray when "
-                                        "sendParametersAsJSON is set to YES.");
+            throw std::invalid_argument(
+                "POST and PUT parameters must be provided as NSDictionary or NSArray when "
+                "sendParametersAsJSON is set to YES.");
         }
         try {
             body = Json::write(parameters);
@@ -471,21 +499,20 @@ void VPHTTPRequest::start() {
         // the serial queue; written there only.
         fileDescriptor_ = ::open(savePath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
         if (fileDescriptor_ < 0) {
-            failure = VPError::make(
-                kVPHTTPRequestWriteErrorDomain, 0,
-                Dictionary{{kNSLocalizedDescriptionKey,
-                            Value(fmt::format("The file \"{}\" could not be created: {}", savePath_, std::strerror(errno)))},
-                           {"NSFilePath", Value(savePath_)}});
+            failure = VPError::make(kVPHTTPRequestWriteErrorDomain, 0,
+                                    Dictionary{{kNSLocalizedDescriptionKey,
+                                                Value(fmt::format("The file \"{}\" could not be created: {}",
+                                                                  savePath_, std::strerror(errno)))},
+                                               {"NSFilePath", Value(savePath_)}});
         }
     }
     setState(OperationState::Executing);
     if (savePath_.empty()) armTimeoutTimer();
-    if (!failure && !URL::URLWithString(request.url)) failure = errorWithFailingURL(kNSURLErrorBadURL, "bad URL");
+    if (!failure && !URL::URLWithString(request.url))
+        failure = errorWithFailingURL(kNSURLErrorBadURL, "bad URL");
     if (failure) {
-        saveDataDispatchQueue_->async(
-            [self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()), failure] {
-                self->callCompletionBlockWithResponse(Value(), failure);
-            });
+        saveDataDispatchQueue_->async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()),
+                                       failure] { self->callCompletionBlockWithResponse(Value(), failure); });
         return;
     }
 
@@ -494,7 +521,8 @@ void VPHTTPRequest::start() {
     options.reportsUploadProgress = method_ == VPHTTPRequestMethod::POST && progress_ != nullptr;
     options.largeReads = !savePath_.empty();
     auto transfer = std::make_shared<HTTPTransfer>(
-        std::move(request), std::make_shared<TransferEvents>(std::static_pointer_cast<VPHTTPRequest>(shared_from_this())),
+        std::move(request),
+        std::make_shared<TransferEvents>(std::static_pointer_cast<VPHTTPRequest>(shared_from_this())),
         options);
     {
         std::lock_guard lock(mutex_);
@@ -510,7 +538,8 @@ void VPHTTPRequest::armTimeoutTimer() {
     std::chrono::steady_clock::duration remaining;
     {
         std::lock_guard lock(mutex_);
-        const unsigned seconds = timeoutInterval_ != 0 ? timeoutInterval_ : static_cast<unsigned>(gDefaultTimeoutInterval.load());
+        const unsigned seconds =
+            timeoutInterval_ != 0 ? timeoutInterval_ : static_cast<unsigned>(gDefaultTimeoutInterval.load());
         remaining = startTime_ + std::chrono::seconds(seconds) - std::chrono::steady_clock::now();
     }
     std::weak_ptr<VPHTTPRequest> weak = std::static_pointer_cast<VPHTTPRequest>(shared_from_this());
@@ -536,7 +565,8 @@ VPErrorPtr VPHTTPRequest::errorWithFailingURL(std::int64_t code, const char* des
 void VPHTTPRequest::requestTimeout() {
     if (completed_) return;
     if (auto transfer = this->transfer()) transfer->cancel();
-    callCompletionBlockWithResponse(Value(), errorWithFailingURL(kNSURLErrorTimedOut, "The operation timed out."));
+    callCompletionBlockWithResponse(Value(),
+                                    errorWithFailingURL(kNSURLErrorTimedOut, "The operation timed out."));
 }
 
 // On the transfer thread: the events go to the serial queue, in order.
@@ -558,10 +588,8 @@ bool VPHTTPRequest::receiveData(std::string_view data) {
     if (pendingBytes_.load() > kPendingHighWater) return false;
     paused_ = false;
     pendingBytes_ += data.size();
-    saveDataDispatchQueue_->async(
-        [self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()), chunk = std::string(data)] {
-            self->writeChunk(chunk);
-        });
+    saveDataDispatchQueue_->async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()),
+                                   chunk = std::string(data)] { self->writeChunk(chunk); });
     return true;
 }
 
@@ -590,7 +618,8 @@ void VPHTTPRequest::writeChunk(const std::string& chunk) {
         }
         const float expected = expectedContentLength_.load();
         receivedContentLength_ = receivedContentLength_.load() + static_cast<float>(chunk.size());
-        if (progress_ && !completed_) progress_(expected > 0 ? receivedContentLength_.load() / expected : -1.0f);
+        if (progress_ && !completed_)
+            progress_(expected > 0 ? receivedContentLength_.load() / expected : -1.0f);
     }
     const std::size_t left = pendingBytes_ -= chunk.size();
     if (left <= kPendingLowWater && paused_.exchange(false)) {
@@ -616,10 +645,12 @@ void VPHTTPRequest::finishLoading() {
         } else {
             error = VPError::make(
                 kNSCocoaErrorDomain, kNSPropertyListReadCorruptError,
-                Dictionary{{kNSLocalizedDescriptionKey,
-                            Value("The data couldn\u2019t be read because it isn\u2019t in the correct format.")},
-                           {kNSDebugDescriptionErrorKey,
-                            Value(fmt::format("{} around character {}.", parseError.reason(), parseError.offset()))}});
+                Dictionary{
+                    {kNSLocalizedDescriptionKey,
+                     Value("The data couldn\u2019t be read because it isn\u2019t in the correct format.")},
+                    {kNSDebugDescriptionErrorKey,
+                     Value(
+                         fmt::format("{} around character {}.", parseError.reason(), parseError.offset()))}});
         }
     }
     callCompletionBlockWithResponse(std::move(response), std::move(error));
@@ -639,7 +670,8 @@ void VPHTTPRequest::callCompletionBlockWithResponse(Value response, VPErrorPtr e
     });
 }
 
-void VPHTTPRequest::completeOnMainQueue(const Value& response, const std::shared_ptr<HTTPURLResponse>& urlResponse,
+void VPHTTPRequest::completeOnMainQueue(const Value& response,
+                                        const std::shared_ptr<HTTPURLResponse>& urlResponse,
                                         VPErrorPtr error) {
     if (!error && urlResponse) {
         const long status = urlResponse->statusCode;

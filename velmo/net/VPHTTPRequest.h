@@ -16,13 +16,17 @@
 #include "velmo/foundation/VPError.h"
 #include "velmo/foundation/Value.h"
 
+// The resolver's headers define DELETE as a macro; the method of that name is declared as written.
+#pragma push_macro("DELETE")
+#undef DELETE
+
 namespace velmo {
 
 class HTTPTransfer;
 class VPHTTPClient;
 
-/// The stored numbers of the methods. (<arpa/nameser_compat.h> defines DELETE as a macro: undefine
-/// it after including the resolver's headers to use these names.)
+/// The stored numbers of the methods. (Where <arpa/nameser_compat.h> is included, undefine its
+/// DELETE macro to use that name.)
 enum class VPHTTPRequestMethod : int { GET = 0, POST = 1, PUT = 2, DELETE = 3, HEAD = 4 };
 
 /// Domain of the error that ends a request whose body could not be written.
@@ -55,18 +59,19 @@ class VPHTTPRequest : public Operation {
 public:
     /// (response, URL response, error): the response is the parsed JSON of an "application/json"
     /// body, else the body's bytes (empty when saved to a file), nil after a failed transfer.
-    using Completion =
-        std::function<void(const Value& response, std::shared_ptr<HTTPURLResponse> urlResponse, VPErrorPtr error)>;
+    using Completion = std::function<void(const Value& response, std::shared_ptr<HTTPURLResponse> urlResponse,
+                                          VPErrorPtr error)>;
     /// A fraction from 0 to 1, or -1 while the length of the body is unknown.
     using Progress = std::function<void(float progress)>;
 
     /// initWithAddress:method:parameters:saveToPath:progress:completion: — `parameters` is a
     /// dictionary, an array (JSON bodies only) or nil; an empty `saveToPath` keeps the body in
     /// memory.
-    VPHTTPRequest(std::string_view address, VPHTTPRequestMethod method, Value parameters, std::string saveToPath,
-                  Progress progress, Completion completion);
+    VPHTTPRequest(std::string_view address, VPHTTPRequestMethod method, Value parameters,
+                  std::string saveToPath, Progress progress, Completion completion);
     /// initWithAddress:method:parameters:completion:
-    VPHTTPRequest(std::string_view address, VPHTTPRequestMethod method, Value parameters, Completion completion);
+    VPHTTPRequest(std::string_view address, VPHTTPRequestMethod method, Value parameters,
+                  Completion completion);
     ~VPHTTPRequest() override;
 
     static const VDClass& classObject();
@@ -75,21 +80,27 @@ public:
     // ---- create and start at once, on the calling thread
 
     /// GET:parameters:completion:
-    static std::shared_ptr<VPHTTPRequest> GET(std::string_view address, Value parameters, Completion completion);
+    static std::shared_ptr<VPHTTPRequest> GET(std::string_view address, Value parameters,
+                                              Completion completion);
     /// GET:parameters:saveToPath:progress:completion:
-    static std::shared_ptr<VPHTTPRequest> GET(std::string_view address, Value parameters, std::string saveToPath,
-                                              Progress progress, Completion completion);
+    static std::shared_ptr<VPHTTPRequest> GET(std::string_view address, Value parameters,
+                                              std::string saveToPath, Progress progress,
+                                              Completion completion);
     /// POST:parameters:completion:
-    static std::shared_ptr<VPHTTPRequest> POST(std::string_view address, Value parameters, Completion completion);
+    static std::shared_ptr<VPHTTPRequest> POST(std::string_view address, Value parameters,
+                                               Completion completion);
     /// POST:parameters:progress:completion:
     static std::shared_ptr<VPHTTPRequest> POST(std::string_view address, Value parameters, Progress progress,
                                                Completion completion);
     /// PUT:parameters:completion:
-    static std::shared_ptr<VPHTTPRequest> PUT(std::string_view address, Value parameters, Completion completion);
+    static std::shared_ptr<VPHTTPRequest> PUT(std::string_view address, Value parameters,
+                                              Completion completion);
     /// DELETE:parameters:completion:
-    static std::shared_ptr<VPHTTPRequest> DELETE(std::string_view address, Value parameters, Completion completion);
+    static std::shared_ptr<VPHTTPRequest> DELETE(std::string_view address, Value parameters,
+                                                 Completion completion);
     /// HEAD:parameters:completion:
-    static std::shared_ptr<VPHTTPRequest> HEAD(std::string_view address, Value parameters, Completion completion);
+    static std::shared_ptr<VPHTTPRequest> HEAD(std::string_view address, Value parameters,
+                                               Completion completion);
 
     // ---- process-wide values
 
@@ -213,3 +224,5 @@ private:
 };
 
 } // namespace velmo
+
+#pragma pop_macro("DELETE")
