@@ -162,7 +162,13 @@ const VDClass& VPHTTPRequest::classObject() {
 // ---------------------------------------------------------------- class operations
 
 namespace {
-std::shared_ptr<VPHTTPRequest> started(std::shared_ptr<VPHTTPRequest> request) {
+std::shared_ptr<VPHTTPRequest> startNew(std::string_view address, VPHTTPRequestMethod method,
+                                        Value parameters, std::string saveToPath,
+                                        VPHTTPRequest::Progress progress,
+                                        VPHTTPRequest::Completion completion) {
+    auto request =
+        std::make_shared<VPHTTPRequest>(address, method, std::move(parameters), std::move(saveToPath),
+                                        std::move(progress), std::move(completion));
     request->start();
     return request;
 }
@@ -170,47 +176,45 @@ std::shared_ptr<VPHTTPRequest> started(std::shared_ptr<VPHTTPRequest> request) {
 
 std::shared_ptr<VPHTTPRequest> VPHTTPRequest::GET(std::string_view address, Value parameters,
                                                   Completion completion) {
-    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::GET, std::move(parameters),
-                                                   std::move(completion)));
+    return startNew(address, VPHTTPRequestMethod::GET, std::move(parameters), {}, nullptr,
+                    std::move(completion));
 }
 
 std::shared_ptr<VPHTTPRequest> VPHTTPRequest::GET(std::string_view address, Value parameters,
                                                   std::string saveToPath, Progress progress,
                                                   Completion completion) {
-    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::GET, std::move(parameters),
-                                                   std::move(saveToPath), std::move(progress),
-                                                   std::move(completion)));
+    return startNew(address, VPHTTPRequestMethod::GET, std::move(parameters), std::move(saveToPath),
+                    std::move(progress), std::move(completion));
 }
 
 std::shared_ptr<VPHTTPRequest> VPHTTPRequest::POST(std::string_view address, Value parameters,
                                                    Completion completion) {
-    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::POST, std::move(parameters),
-                                                   std::move(completion)));
+    return startNew(address, VPHTTPRequestMethod::POST, std::move(parameters), {}, nullptr,
+                    std::move(completion));
 }
 
 std::shared_ptr<VPHTTPRequest> VPHTTPRequest::POST(std::string_view address, Value parameters,
                                                    Progress progress, Completion completion) {
-    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::POST, std::move(parameters),
-                                                   std::string(), std::move(progress),
-                                                   std::move(completion)));
+    return startNew(address, VPHTTPRequestMethod::POST, std::move(parameters), {}, std::move(progress),
+                    std::move(completion));
 }
 
 std::shared_ptr<VPHTTPRequest> VPHTTPRequest::PUT(std::string_view address, Value parameters,
                                                   Completion completion) {
-    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::PUT, std::move(parameters),
-                                                   std::move(completion)));
+    return startNew(address, VPHTTPRequestMethod::PUT, std::move(parameters), {}, nullptr,
+                    std::move(completion));
 }
 
 std::shared_ptr<VPHTTPRequest> VPHTTPRequest::DELETE(std::string_view address, Value parameters,
                                                      Completion completion) {
-    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::DELETE,
-                                                   std::move(parameters), std::move(completion)));
+    return startNew(address, VPHTTPRequestMethod::DELETE, std::move(parameters), {}, nullptr,
+                    std::move(completion));
 }
 
 std::shared_ptr<VPHTTPRequest> VPHTTPRequest::HEAD(std::string_view address, Value parameters,
                                                    Completion completion) {
-    return started(std::make_shared<VPHTTPRequest>(address, VPHTTPRequestMethod::HEAD, std::move(parameters),
-                                                   std::move(completion)));
+    return startNew(address, VPHTTPRequestMethod::HEAD, std::move(parameters), {}, nullptr,
+                    std::move(completion));
 }
 
 // ---------------------------------------------------------------- process-wide values
