@@ -133,12 +133,14 @@ TEST_F(VPHTTPClientTest, CancelByPathMatchesTheStoredPathExactly) {
     } cases[] = {{"/slow", false}, {"slow", true}, {"slo", false}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.cancelPath);
+        const int started = server.slowStarted();
         const int answered = server.slowAnswered();
         Outcome slow;
         Outcome other;
         auto request = client->GET("/slow?ms=300", Value(), slow.completion());
         client->GET("/text", Value(), other.completion());
-        ASSERT_TRUE(waitFor([&] { return request->isExecuting() || request->isFinished(); }));
+        // Cancelled once the server has it, so that the answer is surely on its way.
+        ASSERT_TRUE(waitFor([&] { return server.slowStarted() == started + 1; }));
         EXPECT_EQ(request->requestPath(), "slow");
         client->cancelRequestsWithPath(c.cancelPath);
         ASSERT_TRUE(waitFor([&] { return request->isFinished() && other.calls == 1; }));
