@@ -26,7 +26,7 @@ constexpr int kSmallRequests = 1000;
 constexpr std::size_t kSmallBody = 256;
 constexpr std::size_t kBigBody = 200u * 1024 * 1024;
 
-// One server for the whole run, as wide as the client's queue, so neither side waits on the other.
+// One server for the whole run.
 class Server {
 public:
     static Server& shared() {
@@ -40,7 +40,12 @@ public:
 
 private:
     Server() : folder_(Files::makeTemporaryDirectory("velmo-bench-net")) {
-        server_.new_task_queue = [] { return new httplib::ThreadPool(80); };
+        // One worker per connection: room for the client's and curl's connections together, and
+        // idle ones let go after a second, so that no run waits for the previous run's connections.
+        server_.new_task_queue = [] { return new httplib::ThreadPool(200); };
+        server_.set_keep_alive_timeout(1);
+        server_.set_keep_alive_max_count(100000);
+        server_.set_tcp_nodelay(true); // a head and a body in two writes must not wait for an ACK
         server_.Get("/small", [](const httplib::Request&, httplib::Response& res) {
             res.set_content(std::string(kSmallBody, 's'), "application/octet-stream");
         });
@@ -69,15 +74,21 @@ private:
     std::filesystem::path folder_;
 };
 
+// Lets the connections of the benchmark before close, so that each starts on an idle server.
+void settle() { std::this_thread::sleep_for(std::chrono::milliseconds(1500)); }
+
 void runCurl(benchmark::State& state, const std::string& arguments) {
-    const std::string command = "curl --silent --show-error " + arguments;
+    const std::string command = "curl --silent --show-error --no-progress-meter " + arguments;
     if (std::system(command.c_str()) != 0) state.SkipWithError("curl failed");
 }
 
+// The argument is the number of requests in flight: the client's queue width, curl's --parallel-max.
 void ClientSmallGets(benchmark::State& state) {
     Server& server = Server::shared();
+    settle();
     auto client = std::make_shared<VPHTTPClient>();
     client->setBasePath(server.url(""));
+    client->operationQueue().setMaxConcurrentOperationCount(static_cast<int>(state.range(0)));
     for (auto _ : state) {
         int done = 0;
         int failed = 0;
@@ -97,16 +108,15 @@ void ClientSmallGets(benchmark::State& state) {
 
 void CurlParallelSmallGets(benchmark::State& state) {
     Server& server = Server::shared();
+    settle();
     const auto config = server.folder() / "small.curl";
     {
         std::ofstream out(config);
         for (int i = 0; i < kSmallRequests; ++i)
             out << "url = \"" << server.url("/small") << "\"\noutput = \"/dev/null\"\n";
     }
-    // The same width as the client's queue.
-    const std::string arguments = "--parallel --parallel-max " +
-                                  std::to_string(OperationQueue::kDefaultMaxConcurrentOperationCount) +
-                                  " --config " + config.string();
+    const std::string arguments =
+        "--parallel --parallel-max " + std::to_string(state.range(0)) + " --config " + config.string();
     for (auto _ : state)
         runCurl(state, arguments);
     state.counters["requests/s"] =
@@ -115,6 +125,7 @@ void CurlParallelSmallGets(benchmark::State& state) {
 
 void ClientDownloadToFile(benchmark::State& state) {
     Server& server = Server::shared();
+    settle();
     auto client = std::make_shared<VPHTTPClient>();
     const std::string path = (server.folder() / "client.bin").string();
     for (auto _ : state) {
@@ -134,6 +145,7 @@ void ClientDownloadToFile(benchmark::State& state) {
 
 void CurlDownloadToFile(benchmark::State& state) {
     Server& server = Server::shared();
+    settle();
     const std::string path = (server.folder() / "curl.bin").string();
     for (auto _ : state)
         runCurl(state, "--output " + path + " " + server.url("/big"));
@@ -142,8 +154,14 @@ void CurlDownloadToFile(benchmark::State& state) {
 
 } // namespace
 
-BENCHMARK(ClientSmallGets)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(10);
-BENCHMARK(CurlParallelSmallGets)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(10);
+// 64 is the client's default width.
+BENCHMARK(ClientSmallGets)->Arg(64)->Arg(8)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(CurlParallelSmallGets)
+    ->Arg(64)
+    ->Arg(8)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(5);
 BENCHMARK(ClientDownloadToFile)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 BENCHMARK(CurlDownloadToFile)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
