@@ -333,3 +333,17 @@ TEST_F(VDModelViewFixture, DescriptionNamesAddressClassAndName) {
     EXPECT_TRUE(v->description().ends_with("] <VDModelView> Button"));
     EXPECT_TRUE(v->description().starts_with("[0x"));
 }
+
+TEST_F(VDModelViewFixture, EveryCounterpartIsRememberedWeakly) {
+    auto root = view("root", {view("child")});
+    auto first = VVHostTree::attach(root);
+    auto second = VVHostTree::attach(root);
+    int alive = 0;
+    root->allRelatedUIElements().enumerateValidObjects([&](const std::shared_ptr<Object>&) { ++alive; });
+    EXPECT_EQ(alive, 2);
+    first.reset();
+    alive = 0;
+    root->allRelatedUIElements().enumerateValidObjects([&](const std::shared_ptr<Object>&) { ++alive; });
+    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(root->relatedUIElement(), second);
+}

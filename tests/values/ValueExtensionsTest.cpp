@@ -11,6 +11,9 @@
 #include "velmo/model/values/DateExtensions.h"
 #include "velmo/model/values/DictionaryExtensions.h"
 #include "velmo/model/values/StringExtensions.h"
+#include "velmo/model/values/ImageExtensions.h"
+#include "velmo/foundation/Files.h"
+#include "velmo/host/VVHost.h"
 
 using namespace velmo;
 
@@ -223,4 +226,41 @@ TEST(DateExtensions, CalendarDaysIgnoreTheTimeOfDay) {
     EXPECT_TRUE(isEarlierThan(now, now));
     EXPECT_TRUE(isLaterThan(now, now));
     EXPECT_FALSE(isLaterThan(now, now + std::chrono::seconds(1)));
+}
+
+TEST(ArrayExtensions, UniqueMergeByIdMovesReplacedItemsToTheEnd) {
+    const Array receiver = json(R"([{"id":1,"v":"a"},{"id":2,"v":"b"},{"v":"no id"},3])").array();
+    const Array merged = vp_arrayByAddingUniqueObjectsFromArray(
+        receiver, json(R"([{"id":1,"v":"A"},"skipped",{"id":9,"v":"new"},{"v":"also no id"}])").array());
+    EXPECT_EQ(Value(merged), json(R"([{"id":2,"v":"b"},{"v":"no id"},3,{"id":1,"v":"A"},{"id":9,"v":"new"},
+                                      {"v":"also no id"}])"));
+    EXPECT_EQ(receiver.size(), 4u);
+}
+
+TEST(ImageExtensions, ClientFolderFirstThenTheLibrarysAndOnlyFoundImagesAreCached) {
+    namespace fs = std::filesystem;
+    const fs::path client = Files::makeTemporaryDirectory("velmo-bundle");
+    const fs::path library = Files::makeTemporaryDirectory("velmo-resources");
+    ASSERT_TRUE(Files::writeAtomically(client / "logo.png", "client logo"));
+    ASSERT_TRUE(Files::writeAtomically(library / "logo.png", "library logo"));
+    ASSERT_TRUE(Files::writeAtomically(library / "star.svg", "<svg/>"));
+    ::setenv("VELMO_BUNDLE", client.c_str(), 1);
+    ::setenv("VELMO_RESOURCES", library.c_str(), 1);
+    VVHost::bind();
+
+    auto logo = _vv_imageFromName("logo");
+    ASSERT_TRUE(logo);
+    EXPECT_EQ(logo->data(), "client logo");
+    EXPECT_EQ(_vv_imageFromName("star")->file(), library / "star.svg");
+    fs::remove(client / "logo.png");
+    EXPECT_EQ(_vv_imageFromName("logo"), logo) << "found images are cached";
+    EXPECT_FALSE(_vv_imageFromName("later"));
+    ASSERT_TRUE(Files::writeAtomically(client / "later.jpg", "x"));
+    EXPECT_TRUE(_vv_imageFromName("later")) << "a miss is not cached";
+    EXPECT_FALSE(_vv_imageFromName("../etc/passwd"));
+
+    ::unsetenv("VELMO_BUNDLE");
+    ::unsetenv("VELMO_RESOURCES");
+    fs::remove_all(client);
+    fs::remove_all(library);
 }

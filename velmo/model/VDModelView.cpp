@@ -122,6 +122,16 @@ void VDModelView::setSubviews(Array v) {
     if (auto element = relatedUIElement()) element->modelViewDidSetSubviews(*this);
 }
 
+void VDModelView::setRelatedUIElement(const std::shared_ptr<VDModelViewRelatedUIElement>& element) {
+    relatedUIElement_ = element;
+    if (auto object = std::dynamic_pointer_cast<Object>(element)) allRelatedUIElements().addObject(object);
+}
+
+VDWeakMutableSet& VDModelView::allRelatedUIElements() {
+    if (!allRelatedUIElements_) allRelatedUIElements_ = std::make_unique<VDWeakMutableSet>();
+    return *allRelatedUIElements_;
+}
+
 void VDModelView::setHover(std::shared_ptr<VDModelHover> v) { hover_ = v ? modelCopy(v) : nullptr; }
 
 void VDModelView::setEnterAnimation(std::shared_ptr<VDModel> v) { enterAnimation_ = v ? v->copy() : nullptr; }

@@ -16,6 +16,7 @@
 #include "velmo/model/VDModelViewPadding.h"
 #include "velmo/model/VDModelViewRelatedUIElement.h"
 #include "velmo/model/VPAnimationExportSettings.h"
+#include "velmo/runtime/VDWeakMutableSet.h"
 
 namespace velmo {
 
@@ -160,7 +161,10 @@ class VDModelView : public VDModel {
     bool selectableNotEditable() const { return selectableNotEditable_ != 0; }
     void setSelectableNotEditable(bool v) { selectableNotEditable_ = v ? 1 : 0; }
     std::shared_ptr<VDModelViewRelatedUIElement> relatedUIElement() const { return relatedUIElement_.lock(); }
-    void setRelatedUIElement(const std::shared_ptr<VDModelViewRelatedUIElement>& element) { relatedUIElement_ = element; }
+    /// Also enters the element in `allRelatedUIElements`.
+    void setRelatedUIElement(const std::shared_ptr<VDModelViewRelatedUIElement>& element);
+    /// Every counterpart the view has had on the host's side, held weakly; made at first read.
+    VDWeakMutableSet& allRelatedUIElements();
     /// The state the view is showing.
     std::shared_ptr<VDModel> relatedState() const { return relatedState_.lock(); }
     void setRelatedState(const std::shared_ptr<VDModel>& state) { relatedState_ = state; }
@@ -298,6 +302,7 @@ private:
     float rotationX_ = 0, rotationY_ = 0;
     std::uint8_t selectableNotEditable_ = 0;
     std::weak_ptr<VDModelViewRelatedUIElement> relatedUIElement_;
+    std::unique_ptr<VDWeakMutableSet> allRelatedUIElements_;
     std::weak_ptr<VDModel> relatedState_;
 };
 
