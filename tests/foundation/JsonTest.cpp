@@ -111,5 +111,6 @@ TEST(Json, WritingRefusesWhatJsonCannotHold) {
     EXPECT_THROW(Json::write(Value(std::string("\xFF"))), JsonWriteError);
     EXPECT_FALSE(Json::isValidJSONObject(Value("fragment")));
     EXPECT_FALSE(Json::isValidJSONObject(Value(Array{Value::bytes("x")})));
+    EXPECT_FALSE(Json::isValidJSONObject(Value(Array{Value(std::string("\xFF"))}))) << "as the writer judges it";
     EXPECT_TRUE(Json::isValidJSONObject(Value(Dictionary{{"a", Value::null()}})));
 }

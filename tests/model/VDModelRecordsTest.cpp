@@ -90,6 +90,7 @@ TEST(VDModelRecords, ColorHexForms) {
         {"  0xff8000\n", 0.25f, 1, 128 / 255.0f, 0, 0.25f},
         {"#ZZ00FF", 1, 0, 0, 1, 1},                     // a pair that doesn't scan is 0
         {"#1G0000", 1, 1 / 255.0f, 0, 0, 1},            // a pair reads as far as its digits go
+        {"#\xC3\xA9\xC3\xA9\xC3\xA9", 0.5f, 0, 0, 0, 1},  // four characters, however many bytes
     };
     for (const auto& c : cases) {
         auto color = VDModelColor::colorFromHex(c.text, c.alpha);

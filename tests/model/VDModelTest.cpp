@@ -408,3 +408,8 @@ TEST_F(VDModelFixture, EveryRegisteredClassRoundTrips) {
     }
     EXPECT_GE(models, 3);
 }
+
+TEST_F(VDModelFixture, ANullClassNameIsAPlainDictionary) {
+    auto model = decode(R"({"model_class":"VDModelTestModel","info":{"d":{"model_class":null,"k":1}}})");
+    EXPECT_EQ(model->info().get("d"), Json::parse(R"({"model_class":null,"k":1})"));
+}

@@ -47,6 +47,7 @@ TEST(VDModelConstraint, EqualitySimilarityAndHash) {
     EXPECT_EQ(rule(true, 1.5f, 2.75f)->hash(), 15002u);
     EXPECT_NE(rule(false, 0, 5)->hash(), rule(false, 0, 7)->hash()) << "equal disabled rules hash apart";
     EXPECT_EQ(rule(true, 0, -5)->hash(), static_cast<std::size_t>(-5)) << "negative values wrap";
+    EXPECT_EQ(rule(true, 1e15f, 0)->hash(), static_cast<std::size_t>(1e19f)) << "the whole unsigned range";
 }
 
 TEST(VDModelConstraint, ScalingWorksInDoublePrecision) {

@@ -347,3 +347,41 @@ TEST_F(VDModelViewFixture, EveryCounterpartIsRememberedWeakly) {
     EXPECT_EQ(alive, 1);
     EXPECT_EQ(root->relatedUIElement(), second);
 }
+
+TEST_F(VDModelViewFixture, LightFormIsChosenOnThePermanentState) {
+    auto v = VDModelView::create();
+    v->clearConstraints();
+    v->constraints()->left()->setEnabled(true);
+    // A state shows blank constraints for a while: the encoded form still has the permanent ones.
+    v->applyOverrides(Dictionary{{"constraints", Value(VDModelViewConstraints::create())}});
+    ASSERT_TRUE(v->constraints()->isEmpty());
+    EXPECT_TRUE(v->toDictionary().contains("constraints"));
+    v->clearOverrides();
+
+    auto blank = VDModelView::create();
+    blank->clearConstraints();
+    auto shown = VDModelViewConstraints::create();
+    shown->top()->setEnabled(true);
+    blank->applyOverrides(Dictionary{{"constraints", Value(shown)}});
+    EXPECT_FALSE(blank->toDictionary().contains("constraints"));
+}
+
+TEST_F(VDModelViewFixture, NumberFieldsKeepTheirKind) {
+    auto v = std::dynamic_pointer_cast<VDModelView>(VDModelDecoder::modelObjectFromDictionary(
+        Json::parse(R"({"model_class":"VDModelView","isGroup":true,"originalFrame":{"model_class":"VDModelFrame","x":9007199254740993}})")
+            .dictionary()));
+    ASSERT_TRUE(v);
+    EXPECT_EQ(v->isGroup().value().kind(), Value::Kind::Bool);
+    const std::string json = Json::write(Value(v->toDictionary()));
+    EXPECT_NE(json.find("\"isGroup\":true"), std::string::npos);
+    EXPECT_NE(json.find("\"x\":9007199254740993"), std::string::npos);
+}
+
+TEST_F(VDModelViewFixture, ZOrderFindsTheViewByEquality) {
+    auto container = view("box", {view("v0"), view("v1")});
+    auto stranger = VDModelView::create();
+    stranger->setModelID(container->subviews()[0].objectAs<VDModelView>()->modelID());
+    stranger->changeZPositionBy(1, container.get());
+    EXPECT_EQ(container->subviews()[1].objectAs<VDModelView>()->variableID(), "v0")
+        << "an equal view stands for the one in the list";
+}

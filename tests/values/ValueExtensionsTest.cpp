@@ -51,6 +51,7 @@ TEST(DictionaryExtensions, PathsAndLookups) {
     } lookups[] = {
         {"a.b.c", Value(1)}, {"a.l[0]", Value(10)}, {"a.l[1].z", Value("deep")}, {"a.l[2]", Value()},
         {"x.y", Value()},    {"dot\\.key", Value(3)}, {"a[0]", Value()},           {"missing.b", Value()},
+        {"a.l.1.z", Value("deep")}, {"a.l.z", Value()},
     };
     for (const auto& l : lookups) EXPECT_EQ(objectForPath(d, l.path), l.expected) << l.path;
     EXPECT_EQ(objectForPath(d, ""), Value(d));
@@ -196,6 +197,7 @@ TEST(StringExtensions, ColourFromHexSkipsTheFirstCharacter) {
         double r, g, b;
     } cases[] = {
         {"#FF0000", 1, 0, 0}, {"FF0000", 15 / 255.0, 0, 0}, {"#00ff80", 0, 1, 128 / 255.0}, {"#zz", 0, 0, 0},
+        {"\xC3\xA9" "FF0000", 1, 0, 0},
     };
     for (const auto& c : cases) {
         const PlatformColor color = _vp_colorFromHexString(c.text);

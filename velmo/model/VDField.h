@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "velmo/foundation/Value.h"
+#include "velmo/model/VDNumber.h"
 
 namespace velmo {
 
@@ -95,14 +96,10 @@ struct VDFieldTraits<bool> : VDScalarTraits<bool, VDFieldKind::Flag> {
 };
 
 template <>
-struct VDFieldTraits<std::optional<double>> {
+struct VDFieldTraits<VDNumber> {
     static constexpr VDFieldKind kind = VDFieldKind::Number;
-    static Value toValue(const std::optional<double>& v) { return v ? Value(*v) : Value(); }
-    static std::optional<double> fromValue(const Value& v) {
-        if (v.isNone()) return std::nullopt;
-        if (!v.isNumber()) throwFieldMismatch("number", v);
-        return v.doubleValue();
-    }
+    static Value toValue(const VDNumber& v) { return v.value(); }
+    static VDNumber fromValue(const Value& v) { return VDNumber::fromValue(v); }
 };
 
 template <class M>

@@ -84,7 +84,7 @@ void VDModel::setValueForKey(const Value& value, std::string_view key) {
 
 // ---------------------------------------------------------------- encoding
 
-Dictionary VDModel::encodeFields(const FieldList& list) {
+Dictionary VDModel::encodeFields(bool light) {
     // Encoding always shows the permanent state: overrides are taken away for the time of the
     // encode and put back after it.
     Dictionary snapshot;
@@ -92,6 +92,7 @@ Dictionary VDModel::encodeFields(const FieldList& list) {
         snapshot = currentOverrides();
         clearOverrides();
     }
+    const FieldList list = light ? lightFields() : fields();
     Dictionary result = Dictionary::create(list.size() + 2);
     result.set("model_version", Value(0));
     result.set("model_class", Value(modelClass().name()));
@@ -103,9 +104,9 @@ Dictionary VDModel::encodeFields(const FieldList& list) {
     return result;
 }
 
-Dictionary VDModel::toDictionary() { return encodeFields(lightFields()); }
+Dictionary VDModel::toDictionary() { return encodeFields(true); }
 
-Dictionary VDModel::toDictionaryWithAllFields() { return encodeFields(fields()); }
+Dictionary VDModel::toDictionaryWithAllFields() { return encodeFields(false); }
 
 Dictionary VDModel::toDictionaryWithFields(const NameList& names) {
     Dictionary result = Dictionary::create(names.size() + 2);
@@ -166,7 +167,7 @@ Value VDModel::decodeItem(const Value& item) {
     switch (item.kind()) {
     case Value::Kind::Dictionary: {
         const Dictionary source = item.dictionary();
-        if (!source.get("model_class").isNil()) return Value(decodeModelFromDictionary(source));
+        if (!source.get("model_class").isNone()) return Value(decodeModelFromDictionary(source));
         Dictionary out = Dictionary::create(source.size());
         for (const auto& e : source) {
             Value decoded = decodeItem(e.value);

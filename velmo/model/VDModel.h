@@ -208,7 +208,9 @@ protected:
     VDModel() = default;
 
 private:
-    Dictionary encodeFields(const FieldList& fields);
+    /// The light or the full list, chosen after the overrides are taken away: the light list
+    /// may depend on values that an override changes.
+    Dictionary encodeFields(bool light);
 
     std::optional<std::string> modelID_;
     std::optional<std::string> variableID_;

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "velmo/foundation/Utf8.h"
 #include "velmo/model/values/StringExtensions.h"
 
 namespace velmo {
@@ -49,11 +50,11 @@ std::shared_ptr<VDModelColor> VDModelColor::placeHolderColor() {
 
 namespace detail {
 
-void readHexTriple(std::string_view digits, int& red, int& green, int& blue) {
+void readHexTriple(std::u32string_view digits, int& red, int& green, int& blue) {
     const auto pair = [&](std::size_t at) {
         int value = 0;
         for (std::size_t i = at; i < at + 2 && i < digits.size(); ++i) {
-            const char c = digits[i];
+            const char32_t c = digits[i];
             int digit;
             if (c >= '0' && c <= '9') digit = c - '0';
             else if (c >= 'A' && c <= 'F') digit = c - 'A' + 10;
@@ -68,11 +69,13 @@ void readHexTriple(std::string_view digits, int& red, int& green, int& blue) {
     blue = pair(4);
 }
 
-std::optional<std::string> hexColorDigits(std::string_view text) {
-    std::string s = toUpperAscii(trimBlanks(text));
+std::optional<std::u32string> hexColorDigits(std::string_view text) {
+    const std::string upper = toUpperAscii(trimBlanks(text));
+    std::u32string s;
+    for (std::size_t at = 0; at < upper.size();) s += Utf8::next(upper, at);
     if (s.size() <= 5) return std::nullopt;
-    if (s.starts_with("0X")) s.erase(0, 2);
-    if (s.starts_with("#")) s.erase(0, 1);
+    if (s.starts_with(U"0X")) s.erase(0, 2);
+    if (s.starts_with(U"#")) s.erase(0, 1);
     return s;
 }
 

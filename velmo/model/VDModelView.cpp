@@ -386,7 +386,9 @@ void VDModelView::changeZPositionBy(std::int32_t delta, VDModelView* container) 
     const Array siblings = container->subviews();
     std::size_t index = siblings.size();
     for (std::size_t i = 0; i < siblings.size(); ++i) {
-        if (siblings[i].object().get() == this) {
+        // Membership is equality, as the platform's arrays test it, with identity first.
+        const auto object = siblings[i].object();
+        if (object && (object.get() == this || object->isEqual(*this))) {
             index = i;
             break;
         }

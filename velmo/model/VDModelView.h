@@ -125,8 +125,8 @@ class VDModelView : public VDModel {
     /// The view's named states; every set stores a new copy of the array.
     const Array& states() const { return states_; }
     void setStates(Array v) { states_ = v.copy(); }
-    const std::optional<double>& isGroup() const { return isGroup_; }
-    void setIsGroup(std::optional<double> v) { isGroup_ = v; }
+    const VDNumber& isGroup() const { return isGroup_; }
+    void setIsGroup(VDNumber v) { isGroup_ = v; }
     const std::shared_ptr<VPAnimationExportSettings>& exportSettings() const { return exportSettings_; }
     void setExportSettings(std::shared_ptr<VPAnimationExportSettings> v) { exportSettings_ = std::move(v); }
     /// Its presence makes the view a nested component.
@@ -286,7 +286,7 @@ private:
     std::uint8_t isFixedPosition_ = 0;
     std::uint8_t loadOnScroll_ = 0;
     Array states_;
-    std::optional<double> isGroup_;
+    VDNumber isGroup_;
     std::shared_ptr<VPAnimationExportSettings> exportSettings_;
     std::optional<std::string> timelineType_;
     std::optional<std::string> videoURL_;

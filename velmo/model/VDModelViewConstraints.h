@@ -49,8 +49,8 @@ class VDModelViewConstraints : public VDModel {
     double scaleFactor() const { return scaleFactor_; }
     void setScaleFactor(double v) { scaleFactor_ = v; }
     /// Stored and passed on.
-    const std::optional<double>& translated() const { return translated_; }
-    void setTranslated(std::optional<double> v) { translated_ = v; }
+    const VDNumber& translated() const { return translated_; }
+    void setTranslated(VDNumber v) { translated_ = v; }
 
     template <Rule R>
     const std::shared_ptr<VDModelConstraint>& rule() const {
@@ -112,7 +112,7 @@ private:
     std::uint8_t automatic_ = 1;
     std::array<std::shared_ptr<VDModelConstraint>, kRuleCount> rules_;
     double scaleFactor_ = 1.0;
-    std::optional<double> translated_;
+    VDNumber translated_;
 };
 
 } // namespace velmo

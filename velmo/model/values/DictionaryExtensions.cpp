@@ -84,8 +84,15 @@ Value objectForPath(const Dictionary& receiver, std::string_view path) {
             if (!component.isString()) return Value();
             current = current.dictionary().get(component.stringView());
         } else if (current.isArray()) {
-            if (!component.isNumber()) return Value();
-            const auto index = static_cast<std::size_t>(component.uint64Value());
+            // An index is the component's unsigned value: a number, or a name made of digits.
+            std::uint64_t index = 0;
+            if (component.isNumber()) {
+                index = component.uint64Value();
+            } else {
+                const std::string_view digits = component.stringView();
+                const auto [end, ec] = std::from_chars(digits.data(), digits.data() + digits.size(), index);
+                if (digits.empty() || ec != std::errc() || end != digits.data() + digits.size()) return Value();
+            }
             if (index >= current.array().size()) return Value();
             current = current.array()[index];
         } else {

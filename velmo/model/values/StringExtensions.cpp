@@ -269,7 +269,9 @@ PlatformColor _vp_colorFromHexString(std::string_view receiver) {
     if (receiver.empty()) return PlatformColor::clear();
     // Reads hexadecimal digits from index 1 into a 32-bit number, as a scanner would: leading
     // blanks and an "0x" are passed over, and the number stops at the first other character.
-    std::string_view digits = receiver.substr(1);
+    std::size_t first = 0;
+    Utf8::next(receiver, first); // the first character, whatever it is and however long
+    std::string_view digits = receiver.substr(first);
     while (!digits.empty() && (digits.front() == ' ' || digits.front() == '\t' || digits.front() == '\n')) {
         digits.remove_prefix(1);
     }
