@@ -1,5 +1,6 @@
 #include "velmo/foundation/SystemLog.h"
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
@@ -24,8 +25,8 @@ SystemLog::Sink& currentSink() {
 }
 
 std::string processName() {
-    extern char* program_invocation_short_name;
-    return program_invocation_short_name ? program_invocation_short_name : "velmo";
+    // glibc's own global (errno.h); declared inside this namespace it would name another variable.
+    return ::program_invocation_short_name ? ::program_invocation_short_name : "velmo";
 }
 
 std::string stampedLine(std::string_view message) {
