@@ -170,9 +170,16 @@ TEST(VPZipArchiveUnzip, LinksInsideTheDestinationCanBeWrittenThrough) {
     TemporaryFolder tmp;
     writeTestArchive(tmp / "in.zip", {{.name = "real/", .content = ""},
                                       {.name = "link", .content = "real", .mode = kLink},
-                                      {.name = "link/file", .content = "ok"}});
-    ASSERT_TRUE(unzip(tmp / "in.zip", tmp / "out").ok);
-    EXPECT_EQ(readFile(tmp / "out/real/file"), "ok");
+                                      {.name = "link/file", .content = "ok"},
+                                      {.name = "real/deeper/file", .content = "deep"}});
+    // Relative and absolute destinations alike, the relative one not existing yet.
+    for (const fs::path& out : {tmp / "out", fs::relative(tmp / "relative/out")}) {
+        ASSERT_TRUE(out.is_absolute() || !fs::exists(out));
+        const Outcome run = unzip(tmp / "in.zip", out);
+        ASSERT_TRUE(run.ok) << out << ": " << (run.error ? run.error->description() : "");
+        EXPECT_EQ(readFile(out / "real/file"), "ok");
+        EXPECT_EQ(readFile(out / "real/deeper/file"), "deep");
+    }
 }
 
 TEST(VPZipArchiveUnzip, AnExistingLinkAtAFilesPathIsReplacedNeverFollowed) {

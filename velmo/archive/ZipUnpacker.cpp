@@ -74,10 +74,10 @@ bool ZipUnpacker::run(VPErrorPtr& error) {
     fileSize_ = fs::file_size(path_, ec);
     if (ec) fileSize_ = 0;
     zipInfo_ = VPZipArchiveInfo{input_.entryCount(), input_.comment()};
-    fs::path destination = fs::path(destination_).lexically_normal();
+    fs::path destination = fs::absolute(destination_).lexically_normal();
     if (!destination.has_filename() && destination.has_relative_path()) destination = destination.parent_path();
     root_ = fs::weakly_canonical(destination, ec);
-    if (ec) root_ = fs::absolute(destination);
+    if (ec) root_ = destination;
 
     if (VPErrorPtr tooLarge = checkDeclaredSizes()) {
         error = tooLarge;
@@ -355,8 +355,9 @@ void ZipUnpacker::applyDirectoryDates() {
 }
 
 bool ZipUnpacker::staysInside(const fs::path& path) const {
+    // Absolute first: a path none of which exists yet would otherwise stay relative.
     std::error_code ec;
-    const fs::path real = fs::weakly_canonical(path, ec);
+    const fs::path real = fs::weakly_canonical(fs::absolute(path, ec), ec);
     if (ec) return false;
     auto part = real.begin();
     for (const auto& rootPart : root_) {
