@@ -239,17 +239,7 @@ bool ZipUnpacker::writeRegularFile(const fs::path& target) {
     char buffer[kChunkSize];
     for (;;) {
         std::size_t count = 0;
-        const ZipResult result = input_.read(buffer, sizeof buffer, count);
-        if (result == ZipResult::CrcError) {
-            crcFailed_ = true;
-            failed_ = true;
-            break;
-        }
-        if (result != ZipResult::Ok) {
-            fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {}, input_.lastMessage()));
-            break;
-        }
-        if (count == 0) break;
+        if (!readChunk(buffer, sizeof buffer, count) || count == 0) break;
         entryBytes += count;
         written_ += count;
         if (entryBytes > limits.maxEntrySize || written_ > limits.maxTotalSize) {
@@ -320,16 +310,7 @@ bool ZipUnpacker::readEntry(std::string& content, std::size_t limit) {
     char buffer[kChunkSize];
     for (;;) {
         std::size_t count = 0;
-        const ZipResult result = input_.read(buffer, sizeof buffer, count);
-        if (result == ZipResult::CrcError) {
-            crcFailed_ = true;
-            failed_ = true;
-            return false;
-        }
-        if (result != ZipResult::Ok) {
-            fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {}, input_.lastMessage()));
-            return false;
-        }
+        if (!readChunk(buffer, sizeof buffer, count)) return false;
         if (count == 0) return true;
         if (content.size() + count > limit) {
             fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {},
@@ -338,6 +319,20 @@ bool ZipUnpacker::readEntry(std::string& content, std::size_t limit) {
         }
         content.append(buffer, count);
     }
+}
+
+bool ZipUnpacker::readChunk(char* buffer, std::size_t size, std::size_t& count) {
+    const ZipResult result = input_.read(buffer, size, count);
+    if (result == ZipResult::CrcError) {
+        crcFailed_ = true;
+        failed_ = true;
+        return false;
+    }
+    if (result != ZipResult::Ok) {
+        fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {}, input_.lastMessage()));
+        return false;
+    }
+    return true;
 }
 
 void ZipUnpacker::applyDirectoryDates() {

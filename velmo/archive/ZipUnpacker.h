@@ -47,6 +47,9 @@ private:
     void finishRegularFile(const std::filesystem::path& target, const VPZipFileInfo& info);
     void writeSymbolicLink(const std::filesystem::path& target);
     bool readEntry(std::string& content, std::size_t limit);
+    /// The next bytes of the open entry, 0 at its end; false when the run has failed on them
+    /// (a checksum that doesn't match ends it too, reported after the loop).
+    bool readChunk(char* buffer, std::size_t size, std::size_t& count);
     void applyDirectoryDates();
     bool staysInside(const std::filesystem::path& path) const;
     void fail(VPErrorPtr error);

@@ -128,48 +128,48 @@ KeychainStatus KeychainFileStore::findAll(const KeychainMatch& match, std::vecto
 }
 
 KeychainStatus KeychainFileStore::add(const KeychainItem& item) {
-    std::lock_guard guard(mutex_);
-    Lock lock(path_);
-    if (!lock.held()) return KeychainStatus::failure(kVPKeychainErrorNotAvailable);
-    std::vector<KeychainItem> items;
-    if (KeychainStatus status = load(items); !status.ok()) return status;
-    const KeychainMatch same = exactly(item);
-    if (std::any_of(items.begin(), items.end(), [&same](const KeychainItem& i) { return same.matches(i); })) {
-        return KeychainStatus::failure(kVPKeychainErrorDuplicateItem);
-    }
-    KeychainItem added = item;
-    added.created = added.modified = std::chrono::system_clock::now();
-    items.push_back(std::move(added));
-    return save(items);
+    return change([&item](std::vector<KeychainItem>& items) {
+        const KeychainMatch same = exactly(item);
+        if (std::any_of(items.begin(), items.end(), [&same](const KeychainItem& i) { return same.matches(i); })) {
+            return KeychainStatus::failure(kVPKeychainErrorDuplicateItem);
+        }
+        KeychainItem added = item;
+        added.created = added.modified = std::chrono::system_clock::now();
+        items.push_back(std::move(added));
+        return KeychainStatus();
+    });
 }
 
 KeychainStatus KeychainFileStore::update(const KeychainMatch& match, std::string_view data) {
-    std::lock_guard guard(mutex_);
-    Lock lock(path_);
-    if (!lock.held()) return KeychainStatus::failure(kVPKeychainErrorNotAvailable);
-    std::vector<KeychainItem> items;
-    if (KeychainStatus status = load(items); !status.ok()) return status;
-    bool changed = false;
-    for (auto& item : items) {
-        if (!match.matches(item)) continue;
-        item.data = std::string(data);
-        item.modified = std::chrono::system_clock::now();
-        changed = true;
-    }
-    if (!changed) return KeychainStatus::failure(kVPKeychainErrorItemNotFound);
-    return save(items);
+    return change([&match, data](std::vector<KeychainItem>& items) {
+        bool changed = false;
+        for (auto& item : items) {
+            if (!match.matches(item)) continue;
+            item.data = std::string(data);
+            item.modified = std::chrono::system_clock::now();
+            changed = true;
+        }
+        return changed ? KeychainStatus() : KeychainStatus::failure(kVPKeychainErrorItemNotFound);
+    });
 }
 
 KeychainStatus KeychainFileStore::remove(const KeychainMatch& match) {
+    return change([&match](std::vector<KeychainItem>& items) {
+        const auto found = std::find_if(items.begin(), items.end(),
+                                        [&match](const KeychainItem& item) { return match.matches(item); });
+        if (found == items.end()) return KeychainStatus::failure(kVPKeychainErrorItemNotFound);
+        items.erase(found);
+        return KeychainStatus();
+    });
+}
+
+KeychainStatus KeychainFileStore::change(const std::function<KeychainStatus(std::vector<KeychainItem>&)>& edit) {
     std::lock_guard guard(mutex_);
     Lock lock(path_);
     if (!lock.held()) return KeychainStatus::failure(kVPKeychainErrorNotAvailable);
     std::vector<KeychainItem> items;
     if (KeychainStatus status = load(items); !status.ok()) return status;
-    const auto found =
-        std::find_if(items.begin(), items.end(), [&match](const KeychainItem& item) { return match.matches(item); });
-    if (found == items.end()) return KeychainStatus::failure(kVPKeychainErrorItemNotFound);
-    items.erase(found);
+    if (KeychainStatus status = edit(items); !status.ok()) return status;
     return save(items);
 }
 

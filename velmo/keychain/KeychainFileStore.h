@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <mutex>
 #include <vector>
 
@@ -28,6 +29,8 @@ private:
     class Lock;
     KeychainStatus load(std::vector<KeychainItem>& items) const;
     KeychainStatus save(const std::vector<KeychainItem>& items) const;
+    /// Load, edit and save under the lock; nothing is written when the edit fails.
+    KeychainStatus change(const std::function<KeychainStatus(std::vector<KeychainItem>&)>& edit);
 
     std::filesystem::path path_;
     std::mutex mutex_;

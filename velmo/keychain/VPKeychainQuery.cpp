@@ -57,11 +57,7 @@ void VPKeychainQuery::setPasswordObject(const Value& object) {
 }
 
 bool VPKeychainQuery::save(VPErrorPtr* error) {
-    setError(error, nullptr);
-    if (service_.empty() || account_.empty() || !passwordData_) {
-        setError(error, errorWithCode(kVPKeychainErrorBadArguments));
-        return false;
-    }
+    if (!hasArguments(error, true)) return false;
     KeychainStore& store = KeychainStore::shared();
     const KeychainMatch match{service_, account_, present(accessGroup_)};
     KeychainItem existing;
@@ -83,11 +79,7 @@ bool VPKeychainQuery::save(VPErrorPtr* error) {
 }
 
 bool VPKeychainQuery::deleteItem(VPErrorPtr* error) {
-    setError(error, nullptr);
-    if (service_.empty() || account_.empty()) {
-        setError(error, errorWithCode(kVPKeychainErrorBadArguments));
-        return false;
-    }
+    if (!hasArguments(error, false)) return false;
     const KeychainStatus status = KeychainStore::shared().remove({service_, account_, present(accessGroup_)});
     if (status.ok()) return true;
     setError(error, errorWithStatus(status));
@@ -115,11 +107,7 @@ Array VPKeychainQuery::fetchAll(VPErrorPtr* error) {
 }
 
 bool VPKeychainQuery::fetch(VPErrorPtr* error) {
-    setError(error, nullptr);
-    if (service_.empty() || account_.empty()) {
-        setError(error, errorWithCode(kVPKeychainErrorBadArguments));
-        return false;
-    }
+    if (!hasArguments(error, false)) return false;
     KeychainItem item;
     const KeychainStatus status = KeychainStore::shared().find({service_, account_, present(accessGroup_)}, true, item);
     if (!status.ok()) {
@@ -128,6 +116,12 @@ bool VPKeychainQuery::fetch(VPErrorPtr* error) {
     }
     passwordData_ = item.data ? item.data : std::optional<std::string>(std::string());
     return true;
+}
+
+bool VPKeychainQuery::hasArguments(VPErrorPtr* error, bool needsPassword) const {
+    const bool complete = !service_.empty() && !account_.empty() && (!needsPassword || passwordData_);
+    setError(error, complete ? nullptr : errorWithCode(kVPKeychainErrorBadArguments));
+    return complete;
 }
 
 bool VPKeychainQuery::isSynchronizationAvailable() { return false; }

@@ -85,6 +85,9 @@ public:
     static VPErrorPtr errorWithCode(std::int32_t code);
 
 private:
+    /// Service and account, and the password when saving; clears `error` or sets -1001.
+    bool hasArguments(VPErrorPtr* error, bool needsPassword) const;
+
     std::string account_;
     std::string service_;
     std::string label_;
