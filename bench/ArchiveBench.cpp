@@ -23,7 +23,7 @@ constexpr int kLevel = 6;
 
 /// The tree and its scratch space, made once for the whole run and removed at exit.
 class Workspace {
-public:
+  public:
     static Workspace& shared() {
         static Workspace workspace;
         return workspace;
@@ -38,7 +38,9 @@ public:
     /// An archive made by Info-ZIP, which both unzip benchmarks read.
     fs::path referenceArchive() {
         const fs::path archive = root_ / "reference.zip";
-        if (!fs::exists(archive)) run("cd '" + tree().string() + "' && zip -q -r -" + std::to_string(kLevel) + " '" + archive.string() + "' .");
+        if (!fs::exists(archive))
+            run("cd '" + tree().string() + "' && zip -q -r -" + std::to_string(kLevel) + " '" +
+                archive.string() + "' .");
         return archive;
     }
 
@@ -46,17 +48,19 @@ public:
         if (std::system(command.c_str()) != 0) throw std::runtime_error("failed: " + command);
     }
 
-private:
+  private:
     Workspace() : root_(velmo::Files::makeTemporaryDirectory("velmo-archive-bench")) { generate(); }
 
     void generate() const {
-        static const std::array<const char*, 12> words = {"screen", "view", "state", "transition", "layer", "frame",
-                                                          "button", "shadow", "prototype", "font", "color", "release"};
+        static const std::array<const char*, 12> words = {"screen",    "view",  "state",  "transition",
+                                                          "layer",     "frame", "button", "shadow",
+                                                          "prototype", "font",  "color",  "release"};
         std::mt19937_64 random(42);
         const std::size_t perFile = kTotalBytes / kFiles;
         std::string buffer;
         for (int i = 0; i < kFiles; ++i) {
-            const fs::path file = tree() / ("dir" + std::to_string(i % 40)) / ("sub" + std::to_string(i % 7)) /
+            const fs::path file = tree() / ("dir" + std::to_string(i % 40)) /
+                                  ("sub" + std::to_string(i % 7)) /
                                   ("file" + std::to_string(i) + (i % 2 ? ".bin" : ".txt"));
             fs::create_directories(file.parent_path());
             buffer.clear();
@@ -72,7 +76,8 @@ private:
                 }
             }
             buffer.resize(perFile);
-            std::ofstream(file, std::ios::binary).write(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+            std::ofstream(file, std::ios::binary)
+                .write(buffer.data(), static_cast<std::streamsize>(buffer.size()));
         }
     }
 
@@ -88,8 +93,8 @@ void BM_Zip_VPZipArchive(benchmark::State& state) {
     Workspace& w = Workspace::shared();
     const fs::path archive = w.root() / "vp.zip";
     for (auto _ : state) {
-        if (!velmo::VPZipArchive::createZipFileAtPathWithContentsOfDirectory(archive.string(), w.tree().string(),
-                                                                            false, kLevel, "", true, {})) {
+        if (!velmo::VPZipArchive::createZipFileAtPathWithContentsOfDirectory(
+                archive.string(), w.tree().string(), false, kLevel, "", true, {})) {
             state.SkipWithError("zipping failed");
         }
     }
@@ -117,7 +122,8 @@ void BM_Unzip_VPZipArchive(benchmark::State& state) {
         state.PauseTiming();
         fs::remove_all(out);
         state.ResumeTiming();
-        if (!velmo::VPZipArchive::unzipFileAtPath(archive.string(), out.string())) state.SkipWithError("unzipping failed");
+        if (!velmo::VPZipArchive::unzipFileAtPath(archive.string(), out.string()))
+            state.SkipWithError("unzipping failed");
     }
     reportSizes(state, archive);
 }

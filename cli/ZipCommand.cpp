@@ -20,8 +20,9 @@ namespace fs = std::filesystem;
 
 /// "Zipping 12/40" on one line of a terminal; nothing when standard error is not a terminal.
 class TerminalProgress {
-public:
-    explicit TerminalProgress(std::string verb) : verb_(std::move(verb)), enabled_(::isatty(STDERR_FILENO) == 1) {}
+  public:
+    explicit TerminalProgress(std::string verb)
+        : verb_(std::move(verb)), enabled_(::isatty(STDERR_FILENO) == 1) {}
     ~TerminalProgress() {
         if (shown_) fmt::print(stderr, "\n");
     }
@@ -33,7 +34,7 @@ public:
         shown_ = true;
     }
 
-private:
+  private:
     std::string verb_;
     bool enabled_;
     bool shown_ = false;
@@ -91,10 +92,12 @@ int runZip(const ZipOptions& o) {
             entries = done;
             progress.update(done, total);
         };
-        ok = directory ? VPZipArchive::createZipFileAtPathWithContentsOfDirectory(
-                             o.output, o.paths.front(), o.keepParent, o.level, o.password, !o.noAes, onProgress, &error)
-                       : VPZipArchive::createZipFileAtPath(o.output, o.paths, o.level, o.password, !o.noAes,
-                                                           onProgress, &error);
+        ok = directory
+                 ? VPZipArchive::createZipFileAtPathWithContentsOfDirectory(o.output, o.paths.front(),
+                                                                            o.keepParent, o.level, o.password,
+                                                                            !o.noAes, onProgress, &error)
+                 : VPZipArchive::createZipFileAtPath(o.output, o.paths, o.level, o.password, !o.noAes,
+                                                     onProgress, &error);
     }
     if (!ok) {
         fmt::print(stderr, "velmo: {}\n", messageOf(error, "could not write " + o.output));
@@ -129,7 +132,8 @@ int runUnzip(const UnzipOptions& o) {
     }
     // A link that could not be made leaves the rest of the archive unpacked.
     if (error) fmt::print(stderr, "velmo: warning: {}\n", messageOf(error, ""));
-    fmt::print("{}: {} {} unzipped into {}\n", o.archive, entries, entries == 1 ? "entry" : "entries", o.destination);
+    fmt::print("{}: {} {} unzipped into {}\n", o.archive, entries, entries == 1 ? "entry" : "entries",
+               o.destination);
     return kExitOK;
 }
 
@@ -139,7 +143,8 @@ void addZipCommands(CLI::App& app, int& exitCode) {
     auto zipOptions = std::make_shared<ZipOptions>();
     auto* zip = app.add_subcommand("zip", "Pack files, or the contents of one directory, into a ZIP archive");
     zip->add_option("OUT", zipOptions->output, "Archive to write")->required();
-    zip->add_option("PATH", zipOptions->paths, "Files (each under its own name), or a single directory")->required();
+    zip->add_option("PATH", zipOptions->paths, "Files (each under its own name), or a single directory")
+        ->required();
     zip->add_option("--password", zipOptions->password, "Encrypt the entries with this password");
     zip->add_flag("--no-aes", zipOptions->noAes, "Use the traditional ZIP cipher instead of AES-256");
     zip->add_option("--level", zipOptions->level, "Compression level: -1 default, 0 store, 1-9")

@@ -27,8 +27,8 @@ void writeTestArchive(const fs::path& path, const std::vector<TestEntry>& entrie
     if (!archive) throw std::runtime_error("zip_open failed");
     for (const auto& entry : entries) {
         zip_source_t* source = zip_source_buffer(archive, entry.content.data(), entry.content.size(), 0);
-        const zip_int64_t index =
-            zip_file_add(archive, entry.name.c_str(), source, entry.cp437Name ? ZIP_FL_ENC_CP437 : ZIP_FL_ENC_GUESS);
+        const zip_int64_t index = zip_file_add(archive, entry.name.c_str(), source,
+                                               entry.cp437Name ? ZIP_FL_ENC_CP437 : ZIP_FL_ENC_GUESS);
         if (index < 0) throw std::runtime_error(std::string("zip_file_add: ") + zip_strerror(archive));
         const auto i = static_cast<zip_uint64_t>(index);
         zip_file_set_external_attributes(archive, i, 0, entry.hostSystem, entry.mode << 16);
@@ -36,7 +36,8 @@ void writeTestArchive(const fs::path& path, const std::vector<TestEntry>& entrie
         // A fixed date, 2020-06-15 10:20:30 local time, except where the traditional cipher's
         // check byte is made from the source's own date.
         if (entry.password.empty() || entry.aes) {
-            zip_file_set_dostime(archive, i, (10 << 11) | (20 << 5) | 15, ((2020 - 1980) << 9) | (6 << 5) | 15, 0);
+            zip_file_set_dostime(archive, i, (10 << 11) | (20 << 5) | 15,
+                                 ((2020 - 1980) << 9) | (6 << 5) | 15, 0);
         }
         if (!entry.password.empty()) {
             zip_file_set_encryption(archive, i, entry.aes ? ZIP_EM_AES_256 : ZIP_EM_TRAD_PKWARE,
@@ -74,7 +75,8 @@ StoredEntry storedEntry(const fs::path& path, const std::string& name) {
     stored.compressionMethod = st.comp_method;
     stored.encryptionMethod = st.encryption_method;
     zip_file_get_external_attributes(archive, i, 0, &stored.hostSystem, &stored.externalAttributes);
-    stored.utf8Flagged = std::strcmp(zip_get_name(archive, i, ZIP_FL_ENC_STRICT), zip_get_name(archive, i, ZIP_FL_ENC_RAW)) == 0;
+    stored.utf8Flagged = std::strcmp(zip_get_name(archive, i, ZIP_FL_ENC_STRICT),
+                                     zip_get_name(archive, i, ZIP_FL_ENC_RAW)) == 0;
     zip_discard(archive);
     return stored;
 }

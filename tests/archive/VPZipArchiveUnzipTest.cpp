@@ -18,7 +18,7 @@ constexpr std::uint32_t kLink = 0120777;
 
 /// Writes down what a run tells it, in order.
 class RecordingDelegate : public VPZipArchiveDelegate {
-public:
+  public:
     std::vector<std::string> events;
     std::vector<std::pair<std::uint64_t, std::uint64_t>> progress;
     std::set<Operation> declined;
@@ -48,7 +48,8 @@ public:
                                        const std::string& path) override {
         events.push_back("didPath " + std::to_string(index) + " " + fs::path(path).filename().string());
     }
-    void zipArchiveDidUnzipArchiveAtPath(const std::string&, const VPZipArchiveInfo&, const std::string&) override {
+    void zipArchiveDidUnzipArchiveAtPath(const std::string&, const VPZipArchiveInfo&,
+                                         const std::string&) override {
         events.push_back("didArchive");
     }
 };
@@ -59,15 +60,17 @@ struct Outcome {
 };
 
 Outcome unzip(const fs::path& archive, const fs::path& destination, bool overwrite = true,
-          const std::string& password = "", int nested = 0, VPZipArchiveDelegate* delegate = nullptr,
-          const VPZipUnzipLimits& limits = {}, bool preserve = true) {
+              const std::string& password = "", int nested = 0, VPZipArchiveDelegate* delegate = nullptr,
+              const VPZipUnzipLimits& limits = {}, bool preserve = true) {
     Outcome run;
-    run.ok = VPZipArchive::unzipFileAtPath(archive.string(), destination.string(), preserve, overwrite, nested,
-                                           password, &run.error, delegate, {}, {}, limits);
+    run.ok = VPZipArchive::unzipFileAtPath(archive.string(), destination.string(), preserve, overwrite,
+                                           nested, password, &run.error, delegate, {}, {}, limits);
     return run;
 }
 
-std::int64_t codeOf(const VPErrorPtr& error) { return error ? error->code() : 0; }
+std::int64_t codeOf(const VPErrorPtr& error) {
+    return error ? error->code() : 0;
+}
 
 } // namespace
 
@@ -84,12 +87,14 @@ TEST(VPZipArchiveUnzip, EmptyArchiveSucceedsWithNoFiles) {
     EXPECT_EQ(run.error, nullptr);
     EXPECT_TRUE(treeOf(tmp / "out").empty());
     EXPECT_EQ(delegate.events, (std::vector<std::string>{"willArchive 0", "didArchive"}));
-    EXPECT_EQ(delegate.progress, (std::vector<std::pair<std::uint64_t, std::uint64_t>>{{0, size}, {size, size}}));
+    EXPECT_EQ(delegate.progress,
+              (std::vector<std::pair<std::uint64_t, std::uint64_t>>{{0, size}, {size, size}}));
 }
 
 TEST(VPZipArchiveUnzip, MacMetadataIsSkippedAndNotCountedAfterItsNameIsRead) {
     TemporaryFolder tmp;
-    writeTestArchive(tmp / "m.zip", {{.name = "__MACOSX/._a", .content = "fork"}, {.name = "a", .content = "A"}});
+    writeTestArchive(tmp / "m.zip",
+                     {{.name = "__MACOSX/._a", .content = "fork"}, {.name = "a", .content = "A"}});
     RecordingDelegate delegate;
     std::vector<std::string> handled;
     VPErrorPtr error;
@@ -101,16 +106,17 @@ TEST(VPZipArchiveUnzip, MacMetadataIsSkippedAndNotCountedAfterItsNameIsRead) {
         {});
     EXPECT_TRUE(ok);
     EXPECT_EQ(treeOf(tmp / "out"), (std::vector<std::string>{"a"}));
-    EXPECT_EQ(delegate.events, (std::vector<std::string>{"willArchive 2", "should 0", "will 0", "should 1", "will 1",
-                                                          "did 1 a", "didPath 1 a", "didArchive"}));
+    EXPECT_EQ(delegate.events, (std::vector<std::string>{"willArchive 2", "should 0", "will 0", "should 1",
+                                                         "will 1", "did 1 a", "didPath 1 a", "didArchive"}));
     EXPECT_EQ(handled, (std::vector<std::string>{"a 1/2"}));
 }
 
 TEST(VPZipArchiveUnzip, DosNamesUseBackslashesAndCodePage437) {
     TemporaryFolder tmp;
-    writeTestArchive(tmp / "dos.zip", {{.name = "a\\b", .content = "ab", .hostSystem = 0, .mode = 0},
-                                       {.name = "caf\x82.txt", .content = "c", .hostSystem = 0, .mode = 0, .cp437Name = true},
-                                       {.name = "dir\\", .content = "", .hostSystem = 0, .mode = 0}});
+    writeTestArchive(tmp / "dos.zip",
+                     {{.name = "a\\b", .content = "ab", .hostSystem = 0, .mode = 0},
+                      {.name = "caf\x82.txt", .content = "c", .hostSystem = 0, .mode = 0, .cp437Name = true},
+                      {.name = "dir\\", .content = "", .hostSystem = 0, .mode = 0}});
     ASSERT_TRUE(unzip(tmp / "dos.zip", tmp / "out").ok);
     EXPECT_EQ(treeOf(tmp / "out"), (std::vector<std::string>{"a", "a/b", "caf\xC3\xA9.txt", "dir"}));
     EXPECT_EQ(readFile(tmp / "out/a/b"), "ab");
@@ -128,7 +134,8 @@ TEST(VPZipArchiveUnzip, TraversingNamesLandInsideTheDestination) {
     const fs::path destination = tmp / "x/dest";
     ASSERT_TRUE(unzip(tmp / "t.zip", destination).ok);
     EXPECT_EQ(treeOf(destination), (std::vector<std::string>{"3", "abs.txt", "b.txt", "evil.txt"}));
-    EXPECT_EQ(treeOf(tmp / "x"), (std::vector<std::string>{"dest", "dest/3", "dest/abs.txt", "dest/b.txt", "dest/evil.txt"}));
+    EXPECT_EQ(treeOf(tmp / "x"),
+              (std::vector<std::string>{"dest", "dest/3", "dest/abs.txt", "dest/b.txt", "dest/evil.txt"}));
     EXPECT_FALSE(fs::exists(tmp / "evil.txt"));
 }
 
@@ -200,7 +207,8 @@ TEST(VPZipArchiveUnzip, AnExistingLinkAtAFilesPathIsReplacedNeverFollowed) {
 TEST(VPZipArchiveUnzip, NestedArchivesUnpackBesideThemselvesFromLevelOne) {
     TemporaryFolder tmp;
     writeFile(tmp / "inner.txt", "inside");
-    ASSERT_TRUE(VPZipArchive::createZipFileAtPath((tmp / "inner.zip").string(), {(tmp / "inner.txt").string()}));
+    ASSERT_TRUE(
+        VPZipArchive::createZipFileAtPath((tmp / "inner.zip").string(), {(tmp / "inner.txt").string()}));
     writeTestArchive(tmp / "outer.zip", {{.name = "sub/inner.ZIP", .content = readFile(tmp / "inner.zip")},
                                          {.name = "top.txt", .content = "top"}});
     ASSERT_TRUE(unzip(tmp / "outer.zip", tmp / "level0", true, "", 0).ok);
@@ -228,8 +236,9 @@ TEST(VPZipArchiveUnzip, PasswordsForAesAndTraditionalEncryption) {
     TemporaryFolder tmp;
     for (const bool aes : {true, false}) {
         const fs::path archive = tmp / (aes ? "aes.zip" : "trad.zip");
-        writeTestArchive(archive, {{.name = "plain.txt", .content = "p"},
-                                   {.name = "s.txt", .content = "secret text", .password = "pw", .aes = aes}});
+        writeTestArchive(archive,
+                         {{.name = "plain.txt", .content = "p"},
+                          {.name = "s.txt", .content = "secret text", .password = "pw", .aes = aes}});
         const std::string what = aes ? "AES" : "traditional";
         EXPECT_TRUE(VPZipArchive::isFilePasswordProtectedAtPath(archive.string())) << what;
 
@@ -239,7 +248,8 @@ TEST(VPZipArchiveUnzip, PasswordsForAesAndTraditionalEncryption) {
         };
         for (const Case& c : {Case{"pw", true}, Case{"wrong", false}, Case{"", false}}) {
             VPErrorPtr error = VPZipArchive::errorWithCode(VPZipArchiveErrorCode::InvalidArguments);
-            EXPECT_EQ(VPZipArchive::isPasswordValidForArchiveAtPath(archive.string(), c.password, &error), c.valid)
+            EXPECT_EQ(VPZipArchive::isPasswordValidForArchiveAtPath(archive.string(), c.password, &error),
+                      c.valid)
                 << what << " '" << c.password << "'";
             EXPECT_EQ(error, nullptr) << what;
             const fs::path out = tmp / (what + "-" + c.password);
@@ -261,7 +271,8 @@ TEST(VPZipArchiveUnzip, PasswordsForAesAndTraditionalEncryption) {
 TEST(VPZipArchiveUnzip, DamagedAndMissingArchivesFailWithTheirCodes) {
     TemporaryFolder tmp;
     std::string content(200, 'x');
-    for (std::size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>('a' + i % 26);
+    for (std::size_t i = 0; i < content.size(); ++i)
+        content[i] = static_cast<char>('a' + i % 26);
     writeTestArchive(tmp / "good.zip", {{.name = "data.txt", .content = content, .store = true}});
     std::string bytes = readFile(tmp / "good.zip");
 
@@ -284,6 +295,7 @@ TEST(VPZipArchiveUnzip, DamagedAndMissingArchivesFailWithTheirCodes) {
         {"truncated.zip", "out", -1, "failed to open zip file", false},
         {"missing.zip", "out", -1, "failed to open zip file", false},
         {"good.zip", "", -6, "received invalid argument(s)", false},
+        {"good.zip", "crc.zip", -6, "received invalid argument(s)", false},
         {"", "out", -6, "received invalid argument(s)", false},
     };
     for (const auto& c : cases) {
@@ -293,13 +305,13 @@ TEST(VPZipArchiveUnzip, DamagedAndMissingArchivesFailWithTheirCodes) {
         VPErrorPtr error;
         const std::string archive = c.archive.empty() ? "" : (tmp / c.archive).string();
         const std::string destination = c.destination.empty() ? "" : (tmp / c.destination).string();
-        const bool ok = VPZipArchive::unzipFileAtPath(
-            archive, destination, true, true, "", &error, nullptr, {},
-            [&](const std::string& path, bool succeeded, const VPErrorPtr& e) {
-                completedPath = path;
-                completedOk = succeeded;
-                completedError = e;
-            });
+        const bool ok =
+            VPZipArchive::unzipFileAtPath(archive, destination, true, true, "", &error, nullptr, {},
+                                          [&](const std::string& path, bool succeeded, const VPErrorPtr& e) {
+                                              completedPath = path;
+                                              completedOk = succeeded;
+                                              completedError = e;
+                                          });
         EXPECT_FALSE(ok) << c.archive;
         ASSERT_NE(error, nullptr) << c.archive;
         EXPECT_EQ(error->domain(), kVPZipArchiveErrorDomain);
@@ -336,8 +348,8 @@ TEST(VPZipArchiveUnzip, DelegateCanCancelAndUnansweredOperationsAreNotCalled) {
                       VPZipArchiveDelegate::Operation::DidUnzipFileToPath,
                       VPZipArchiveDelegate::Operation::ProgressEvent};
     ASSERT_TRUE(unzip(tmp / "d.zip", tmp / "quiet", true, "", 0, &quiet).ok);
-    EXPECT_EQ(quiet.events, (std::vector<std::string>{"willArchive 2", "will 0", "did 0 a", "will 1", "did 1 b",
-                                                       "didArchive"}));
+    EXPECT_EQ(quiet.events, (std::vector<std::string>{"willArchive 2", "will 0", "did 0 a", "will 1",
+                                                      "did 1 b", "didArchive"}));
     EXPECT_TRUE(quiet.progress.empty());
 }
 
@@ -348,7 +360,8 @@ TEST(VPZipArchiveUnzip, AttributesComeFromTheEntriesWhenPreserved) {
                                      {.name = "dir/", .content = "", .mode = 040755},
                                      {.name = "dir/x", .content = "x"}});
     std::tm tm{};
-    tm.tm_year = 120, tm.tm_mon = 5, tm.tm_mday = 15, tm.tm_hour = 10, tm.tm_min = 20, tm.tm_sec = 30, tm.tm_isdst = -1;
+    tm.tm_year = 120, tm.tm_mon = 5, tm.tm_mday = 15, tm.tm_hour = 10, tm.tm_min = 20, tm.tm_sec = 30,
+    tm.tm_isdst = -1;
     const std::time_t entryTime = std::mktime(&tm);
     const auto mtime = [](const fs::path& p) {
         struct stat st;
@@ -410,18 +423,30 @@ TEST(VPZipArchiveUnzip, EveryShortFormUnpacksWithItsDefaults) {
     using Form = std::function<bool(const std::string& destination)>;
     const std::vector<std::pair<const char*, Form>> forms = {
         {"path", [&](const std::string& d) { return VPZipArchive::unzipFileAtPath(archive, d); }},
-        {"overwrite", [&](const std::string& d) { return VPZipArchive::unzipFileAtPath(archive, d, true, "", &error); }},
-        {"delegate", [&](const std::string& d) { return VPZipArchive::unzipFileAtPath(archive, d, &delegate); }},
+        {"overwrite",
+         [&](const std::string& d) { return VPZipArchive::unzipFileAtPath(archive, d, true, "", &error); }},
+        {"delegate",
+         [&](const std::string& d) { return VPZipArchive::unzipFileAtPath(archive, d, &delegate); }},
         {"overwrite delegate",
-         [&](const std::string& d) { return VPZipArchive::unzipFileAtPath(archive, d, true, "", &error, &delegate); }},
+         [&](const std::string& d) {
+             return VPZipArchive::unzipFileAtPath(archive, d, true, "", &error, &delegate);
+         }},
         {"overwrite handlers",
-         [&](const std::string& d) { return VPZipArchive::unzipFileAtPath(archive, d, true, "", {}, completion) && completed; }},
-        {"handlers", [&](const std::string& d) { return VPZipArchive::unzipFileAtPath(archive, d, {}, completion) && completed; }},
-        {"preserve", [&](const std::string& d) {
+         [&](const std::string& d) {
+             return VPZipArchive::unzipFileAtPath(archive, d, true, "", {}, completion) && completed;
+         }},
+        {"handlers",
+         [&](const std::string& d) {
+             return VPZipArchive::unzipFileAtPath(archive, d, {}, completion) && completed;
+         }},
+        {"preserve",
+         [&](const std::string& d) {
              return VPZipArchive::unzipFileAtPath(archive, d, true, true, "", &error, &delegate);
          }},
-        {"preserve handlers", [&](const std::string& d) {
-             return VPZipArchive::unzipFileAtPath(archive, d, true, true, "", &error, &delegate, {}, completion) &&
+        {"preserve handlers",
+         [&](const std::string& d) {
+             return VPZipArchive::unzipFileAtPath(archive, d, true, true, "", &error, &delegate, {},
+                                                  completion) &&
                     completed;
          }},
     };

@@ -109,8 +109,8 @@ TEST(VPZipArchiveWrite, PasswordsUseAesByDefaultAndTheTraditionalCipherWithoutIt
     };
     for (const Case& c : {Case{true, kAes256}, Case{false, kTraditional}}) {
         const fs::path archive = tmp / (c.aes ? "aes.zip" : "trad.zip");
-        ASSERT_TRUE(VPZipArchive::createZipFileAtPathWithContentsOfDirectory(archive.string(), (tmp / "tree").string(),
-                                                                             false, -1, "pässword", c.aes, {}));
+        ASSERT_TRUE(VPZipArchive::createZipFileAtPathWithContentsOfDirectory(
+            archive.string(), (tmp / "tree").string(), false, -1, "pässword", c.aes, {}));
         EXPECT_EQ(storedEntry(archive, "sub/b.txt").encryptionMethod, c.method);
         EXPECT_TRUE(VPZipArchive::isFilePasswordProtectedAtPath(archive.string()));
         EXPECT_TRUE(VPZipArchive::isPasswordValidForArchiveAtPath(archive.string(), "pässword"));
@@ -125,10 +125,12 @@ TEST(VPZipArchiveWrite, PasswordsUseAesByDefaultAndTheTraditionalCipherWithoutIt
         ASSERT_TRUE(data.open());
         ASSERT_TRUE(data.writeData("payload", "data.bin", -1, "pw", c.aes));
         ASSERT_TRUE(data.close());
-        ASSERT_TRUE(VPZipArchive::unzipFileAtPath((tmp / "data.zip").string(), out.string(), true, "pw", nullptr));
+        ASSERT_TRUE(
+            VPZipArchive::unzipFileAtPath((tmp / "data.zip").string(), out.string(), true, "pw", nullptr));
         EXPECT_EQ(readFile(out / "data.bin"), "payload");
     }
-    ASSERT_TRUE(VPZipArchive::createZipFileAtPath((tmp / "default.zip").string(), {(tmp / "tree/a.txt").string()}, "pw"));
+    ASSERT_TRUE(VPZipArchive::createZipFileAtPath((tmp / "default.zip").string(),
+                                                  {(tmp / "tree/a.txt").string()}, "pw"));
     EXPECT_EQ(storedEntry(tmp / "default.zip", "a.txt").encryptionMethod, kAes256);
 }
 
@@ -183,7 +185,8 @@ TEST(VPZipArchiveWrite, MoreEntriesThanTheClassicFormatHoldsUseZip64) {
     constexpr std::uint64_t kEntries = 65537;
     VPZipArchive archive((tmp / "many.zip").string());
     ASSERT_TRUE(archive.open());
-    for (std::uint64_t i = 0; i < kEntries; ++i) ASSERT_TRUE(archive.writeData("x", std::to_string(i), 0, "", true));
+    for (std::uint64_t i = 0; i < kEntries; ++i)
+        ASSERT_TRUE(archive.writeData("x", std::to_string(i), 0, "", true));
     ASSERT_TRUE(archive.close());
     VPErrorPtr error;
     EXPECT_EQ(VPZipArchive::payloadSizeForArchiveAtPath((tmp / "many.zip").string(), &error), kEntries);

@@ -42,7 +42,8 @@ TEST(KeychainFallback, WithoutASessionBusSecretsGoToAPrivateFileAndTheChoiceIsLo
         return line.find("keychain.json") != std::string::npos;
     });
     EXPECT_EQ(mentionsFallback, 1);
-    for (const auto& line : lines) EXPECT_EQ(line.find(token), std::string::npos) << line;
+    for (const auto& line : lines)
+        EXPECT_EQ(line.find(token), std::string::npos) << line;
 
     // A damaged file is reported, never overwritten.
     const auto saved = Files::read(file);

@@ -15,7 +15,9 @@ using namespace velmo::test;
 
 namespace {
 
-std::int64_t codeOf(const VPErrorPtr& error) { return error ? error->code() : 0; }
+std::int64_t codeOf(const VPErrorPtr& error) {
+    return error ? error->code() : 0;
+}
 
 } // namespace
 
@@ -45,11 +47,14 @@ TEST(VPKeychain, MissingArgumentsFailWithTheirOwnCode) {
     const std::string service = uniqueService("arguments");
     using Call = std::function<bool(VPErrorPtr*)>;
     const std::vector<std::pair<const char*, Call>> calls = {
-        {"absent password", [&](VPErrorPtr* e) { return VPKeychain::setPassword(std::nullopt, service, "user", e); }},
+        {"absent password",
+         [&](VPErrorPtr* e) { return VPKeychain::setPassword(std::nullopt, service, "user", e); }},
         {"no service", [&](VPErrorPtr* e) { return VPKeychain::setPassword("x", "", "user", e); }},
         {"no account", [&](VPErrorPtr* e) { return VPKeychain::setPasswordData("x", service, "", e); }},
-        {"fetch without account", [&](VPErrorPtr* e) { return VPKeychain::passwordForService(service, "", e).has_value(); }},
-        {"delete without service", [&](VPErrorPtr* e) { return VPKeychain::deletePasswordForService("", "user", e); }},
+        {"fetch without account",
+         [&](VPErrorPtr* e) { return VPKeychain::passwordForService(service, "", e).has_value(); }},
+        {"delete without service",
+         [&](VPErrorPtr* e) { return VPKeychain::deletePasswordForService("", "user", e); }},
     };
     for (const auto& [what, call] : calls) {
         VPErrorPtr error;
@@ -81,7 +86,8 @@ TEST(VPKeychain, BinaryDataAndArchivedObjectsRoundTrip) {
     VPKeychainQuery query;
     query.setService(service);
     query.setAccount("object");
-    const Value object = Dictionary{{"token", Value("abc")}, {"expires", Value(1700000000)}, {"scopes", Array{"a", "b"}}};
+    const Value object =
+        Dictionary{{"token", Value("abc")}, {"expires", Value(1700000000)}, {"scopes", Array{"a", "b"}}};
     query.setPasswordObject(object);
     ASSERT_TRUE(query.save());
     VPKeychainQuery reader;
@@ -134,11 +140,13 @@ TEST(VPKeychain, AccountsAreListedPerServiceAndForAll) {
     ASSERT_TRUE(VPKeychain::setPassword("b", service, "bob"));
     const auto accountsIn = [](const Array& items) {
         std::vector<std::string> accounts;
-        for (const auto& item : items) accounts.push_back(item.dictionary().get(kVPKeychainAccountKey).str());
+        for (const auto& item : items)
+            accounts.push_back(item.dictionary().get(kVPKeychainAccountKey).str());
         std::sort(accounts.begin(), accounts.end());
         return accounts;
     };
-    EXPECT_EQ(accountsIn(VPKeychain::accountsForService(service)), (std::vector<std::string>{"alice", "bob"}));
+    EXPECT_EQ(accountsIn(VPKeychain::accountsForService(service)),
+              (std::vector<std::string>{"alice", "bob"}));
     const auto all = accountsIn(VPKeychain::allAccounts());
     EXPECT_NE(std::find(all.begin(), all.end(), "alice"), all.end());
 
@@ -159,11 +167,13 @@ TEST(VPKeychain, ConcurrentSavesKeepEveryItem) {
             }
         });
     }
-    for (auto& thread : threads) thread.join();
+    for (auto& thread : threads)
+        thread.join();
     EXPECT_EQ(VPKeychain::accountsForService(service).size(), 12u);
     for (int t = 0; t < 4; ++t) {
         for (int i = 0; i < 3; ++i) {
-            EXPECT_TRUE(VPKeychain::deletePasswordForService(service, "user-" + std::to_string(t) + "-" + std::to_string(i)));
+            EXPECT_TRUE(VPKeychain::deletePasswordForService(service, "user-" + std::to_string(t) + "-" +
+                                                                          std::to_string(i)));
         }
     }
 }
@@ -171,11 +181,13 @@ TEST(VPKeychain, ConcurrentSavesKeepEveryItem) {
 TEST(VPKeychain, ErrorsAndSynchronization) {
     EXPECT_FALSE(VPKeychainQuery::isSynchronizationAvailable());
     EXPECT_EQ(VPKeychainQuery::errorWithCode(0), nullptr);
-    EXPECT_EQ(VPKeychainQuery::errorWithCode(-1001)->localizedDescription(), kVPKeychainErrorBadArgumentsText);
+    EXPECT_EQ(VPKeychainQuery::errorWithCode(-1001)->localizedDescription(),
+              kVPKeychainErrorBadArgumentsText);
     const VPErrorPtr notFound = VPKeychainQuery::errorWithCode(-25300);
     EXPECT_EQ(notFound->domain(), kVPKeychainErrorDomain);
     EXPECT_EQ(notFound->code(), -25300);
-    EXPECT_NE(notFound->localizedDescription(), VPKeychainQuery::errorWithCode(-4242)->localizedDescription());
+    EXPECT_NE(notFound->localizedDescription(),
+              VPKeychainQuery::errorWithCode(-4242)->localizedDescription());
 }
 
 TEST(VPKeychain, ItemsSavedGoToTheSecretServiceWhenItAnswers) {
@@ -183,7 +195,8 @@ TEST(VPKeychain, ItemsSavedGoToTheSecretServiceWhenItAnswers) {
     GError* error = nullptr;
     SecretService* service = secret_service_get_sync(SECRET_SERVICE_LOAD_COLLECTIONS, nullptr, &error);
     SecretCollection* collection =
-        service ? secret_collection_for_alias_sync(service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, nullptr, &error)
+        service ? secret_collection_for_alias_sync(service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE,
+                                                   nullptr, &error)
                 : nullptr;
     const bool usable = collection && !secret_collection_get_locked(collection);
     if (collection) g_object_unref(collection);
@@ -196,7 +209,8 @@ TEST(VPKeychain, ItemsSavedGoToTheSecretServiceWhenItAnswers) {
     ASSERT_TRUE(VPKeychain::setPassword("visible", serviceName, "user"));
     GHashTable* attributes = g_hash_table_new(g_str_hash, g_str_equal);
     g_hash_table_insert(attributes, const_cast<char*>("service"), const_cast<char*>(serviceName.c_str()));
-    GList* items = secret_service_search_sync(service, nullptr, attributes, SECRET_SEARCH_LOAD_SECRETS, nullptr, nullptr);
+    GList* items = secret_service_search_sync(service, nullptr, attributes, SECRET_SEARCH_LOAD_SECRETS,
+                                              nullptr, nullptr);
     g_hash_table_unref(attributes);
     ASSERT_NE(items, nullptr) << "the item is in the keyring";
     SecretValue* value = secret_item_get_secret(static_cast<SecretItem*>(items->data));

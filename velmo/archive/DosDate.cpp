@@ -23,9 +23,10 @@ std::uint32_t DosDate::dosDateFromTime(std::time_t time) {
     std::tm tm{};
     if (localtime_r(&time, &tm) == nullptr) return 0;
     if (tm.tm_year < 80 || tm.tm_year > 207) return 0;
-    return static_cast<std::uint32_t>(tm.tm_year - 80) << 25 | static_cast<std::uint32_t>(tm.tm_mon + 1) << 21 |
-           static_cast<std::uint32_t>(tm.tm_mday) << 16 | static_cast<std::uint32_t>(tm.tm_hour) << 11 |
-           static_cast<std::uint32_t>(tm.tm_min) << 5 | static_cast<std::uint32_t>(tm.tm_sec / 2);
+    return static_cast<std::uint32_t>(tm.tm_year - 80) << 25 |
+           static_cast<std::uint32_t>(tm.tm_mon + 1) << 21 | static_cast<std::uint32_t>(tm.tm_mday) << 16 |
+           static_cast<std::uint32_t>(tm.tm_hour) << 11 | static_cast<std::uint32_t>(tm.tm_min) << 5 |
+           static_cast<std::uint32_t>(tm.tm_sec / 2);
 }
 
 } // namespace velmo

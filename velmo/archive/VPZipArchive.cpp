@@ -50,7 +50,7 @@ void setError(VPErrorPtr* out, VPErrorPtr error) {
 /// Tells a writing progress handler of the paths handled, as `close` writes the entries they
 /// added: the bytes are compressed there, so that is when the work is done.
 class PathProgress {
-public:
+  public:
     PathProgress(std::uint64_t total, const VPZipArchive::WriteProgressHandler& handler)
         : total_(total), handler_(handler) {}
 
@@ -63,10 +63,11 @@ public:
     }
     void finished() { reportUpTo(handled_); }
 
-private:
+  private:
     void reportUpTo(std::uint64_t count) {
         if (!handler_) return;
-        while (reported_ < count) handler_(++reported_, total_);
+        while (reported_ < count)
+            handler_(++reported_, total_);
     }
 
     std::uint64_t total_;
@@ -88,8 +89,9 @@ bool listSubpaths(const fs::path& directory, const fs::path& relative, std::vect
     bool ok = true;
     if (ec) {
         ok = false;
-        if (!error) error = VPError::withDescription(kNSPOSIXErrorDomain, ec.value(),
-                                                     (directory / relative).string() + ": " + ec.message());
+        if (!error)
+            error = VPError::withDescription(kNSPOSIXErrorDomain, ec.value(),
+                                             (directory / relative).string() + ": " + ec.message());
     }
     std::sort(names.begin(), names.end());
     for (const auto& name : names) {
@@ -111,12 +113,24 @@ VPErrorPtr VPZipArchive::errorWithCode(VPZipArchiveErrorCode code, std::string_v
     std::string text(description);
     if (text.empty()) {
         switch (code) {
-        case VPZipArchiveErrorCode::FailedOpenZipFile: text = kFailedOpenZipFile; break;
-        case VPZipArchiveErrorCode::FailedOpenFileInZip: text = "failed to open file in zip file"; break;
-        case VPZipArchiveErrorCode::FileInfoNotLoadable: text = kFailedRetrieveInfo; break;
-        case VPZipArchiveErrorCode::FileContentNotReadable: text = kFailedReadContents; break;
-        case VPZipArchiveErrorCode::FailedToWriteFile: text = kFailedToWrite; break;
-        case VPZipArchiveErrorCode::InvalidArguments: text = kInvalidArguments; break;
+        case VPZipArchiveErrorCode::FailedOpenZipFile:
+            text = kFailedOpenZipFile;
+            break;
+        case VPZipArchiveErrorCode::FailedOpenFileInZip:
+            text = "failed to open file in zip file";
+            break;
+        case VPZipArchiveErrorCode::FileInfoNotLoadable:
+            text = kFailedRetrieveInfo;
+            break;
+        case VPZipArchiveErrorCode::FileContentNotReadable:
+            text = kFailedReadContents;
+            break;
+        case VPZipArchiveErrorCode::FailedToWriteFile:
+            text = kFailedToWrite;
+            break;
+        case VPZipArchiveErrorCode::InvalidArguments:
+            text = kInvalidArguments;
+            break;
         }
     }
     Dictionary info{{kNSLocalizedDescriptionKey, Value(text)}};
@@ -158,8 +172,8 @@ bool VPZipArchive::isPasswordValidForArchiveAtPath(const std::string& path, cons
         const ZipResult opened = input.openEntry(index, passwordOrNone(password));
         if (opened == ZipResult::PasswordError) return false;
         if (opened != ZipResult::Ok) {
-            setError(error, errorWithCode(VPZipArchiveErrorCode::FailedOpenFileInZip, kFailedOpenFileInArchive,
-                                          input.lastMessage()));
+            setError(error, errorWithCode(VPZipArchiveErrorCode::FailedOpenFileInZip,
+                                          kFailedOpenFileInArchive, input.lastMessage()));
             return false;
         }
         if (input.entryInfo(index, info) != ZipResult::Ok || !info.encrypted) continue;
@@ -169,7 +183,8 @@ bool VPZipArchive::isPasswordValidForArchiveAtPath(const std::string& path, cons
         if (read == ZipResult::Ok) return true;
         // Bytes that don't decrypt: a password that passed the cipher's quick check by chance.
         if (read == ZipResult::DataError || read == ZipResult::CrcError) return false;
-        setError(error, errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {}, input.lastMessage()));
+        setError(error,
+                 errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {}, input.lastMessage()));
         return false;
     }
     return true;
@@ -186,7 +201,8 @@ std::uint64_t VPZipArchive::payloadSizeForArchiveAtPath(const std::string& path,
     VPZipFileInfo info;
     for (std::uint64_t index = 0; index < input.entryCount(); ++index) {
         if (input.entryInfo(index, info) != ZipResult::Ok) {
-            setError(error, errorWithCode(VPZipArchiveErrorCode::FileInfoNotLoadable, {}, input.lastMessage()));
+            setError(error,
+                     errorWithCode(VPZipArchiveErrorCode::FileInfoNotLoadable, {}, input.lastMessage()));
             return 0;
         }
         total += info.uncompressedSize;
@@ -211,7 +227,8 @@ bool VPZipArchive::unzipFileAtPath(const std::string& path, const std::string& d
 }
 
 bool VPZipArchive::unzipFileAtPath(const std::string& path, const std::string& destination, bool overwrite,
-                                   const std::string& password, VPErrorPtr* error, VPZipArchiveDelegate* delegate) {
+                                   const std::string& password, VPErrorPtr* error,
+                                   VPZipArchiveDelegate* delegate) {
     return unzipFileAtPath(path, destination, true, overwrite, password, error, delegate);
 }
 
@@ -223,38 +240,48 @@ bool VPZipArchive::unzipFileAtPath(const std::string& path, const std::string& d
 }
 
 bool VPZipArchive::unzipFileAtPath(const std::string& path, const std::string& destination,
-                                   const ProgressHandler& progressHandler, const CompletionHandler& completionHandler) {
+                                   const ProgressHandler& progressHandler,
+                                   const CompletionHandler& completionHandler) {
     return unzipFileAtPath(path, destination, true, true, std::string(), nullptr, nullptr, progressHandler,
                            completionHandler);
 }
 
-bool VPZipArchive::unzipFileAtPath(const std::string& path, const std::string& destination, bool preserveAttributes,
-                                   bool overwrite, const std::string& password, VPErrorPtr* error,
-                                   VPZipArchiveDelegate* delegate) {
-    return unzipFileAtPath(path, destination, preserveAttributes, overwrite, password, error, delegate, {}, {});
+bool VPZipArchive::unzipFileAtPath(const std::string& path, const std::string& destination,
+                                   bool preserveAttributes, bool overwrite, const std::string& password,
+                                   VPErrorPtr* error, VPZipArchiveDelegate* delegate) {
+    return unzipFileAtPath(path, destination, preserveAttributes, overwrite, password, error, delegate, {},
+                           {});
 }
 
-bool VPZipArchive::unzipFileAtPath(const std::string& path, const std::string& destination, bool preserveAttributes,
-                                   bool overwrite, const std::string& password, VPErrorPtr* error,
-                                   VPZipArchiveDelegate* delegate, const ProgressHandler& progressHandler,
+bool VPZipArchive::unzipFileAtPath(const std::string& path, const std::string& destination,
+                                   bool preserveAttributes, bool overwrite, const std::string& password,
+                                   VPErrorPtr* error, VPZipArchiveDelegate* delegate,
+                                   const ProgressHandler& progressHandler,
                                    const CompletionHandler& completionHandler) {
     return unzipFileAtPath(path, destination, preserveAttributes, overwrite, 0, password, error, delegate,
                            progressHandler, completionHandler);
 }
 
-bool VPZipArchive::unzipFileAtPath(const std::string& path, const std::string& destination, bool preserveAttributes,
-                                   bool overwrite, int nestedZipLevel, const std::string& password, VPErrorPtr* error,
+bool VPZipArchive::unzipFileAtPath(const std::string& path, const std::string& destination,
+                                   bool preserveAttributes, bool overwrite, int nestedZipLevel,
+                                   const std::string& password, VPErrorPtr* error,
                                    VPZipArchiveDelegate* delegate, const ProgressHandler& progressHandler,
                                    const CompletionHandler& completionHandler, const UnzipLimits& limits) {
     VPErrorPtr failure;
     bool success = false;
     bool opened = false;
+    std::error_code ec;
     if (path.empty() || destination.empty()) {
         failure = errorWithCode(VPZipArchiveErrorCode::InvalidArguments);
+    } else if (fs::exists(destination, ec) && !fs::is_directory(destination, ec)) {
+        // Every entry would fail on its own, quietly; one clear error instead.
+        failure = errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {},
+                                fmt::format("\"{}\" is not a directory", destination));
     } else {
-        ZipUnpacker unpacker(path, destination,
-                             ZipUnpacker::Options{preserveAttributes, overwrite, nestedZipLevel, password, limits},
-                             delegate, progressHandler);
+        ZipUnpacker unpacker(
+            path, destination,
+            ZipUnpacker::Options{preserveAttributes, overwrite, nestedZipLevel, password, limits}, delegate,
+            progressHandler);
         success = unpacker.run(failure);
         opened = unpacker.opened();
     }
@@ -288,7 +315,9 @@ bool VPZipArchive::createZipFileAtPath(const std::string& path, const std::vecto
         return false;
     }
     PathProgress progress(filePaths.size(), progressHandler);
-    archive.entriesWritten_ = [&progress](std::uint64_t written, std::uint64_t) { progress.entriesWritten(written); };
+    archive.entriesWritten_ = [&progress](std::uint64_t written, std::uint64_t) {
+        progress.entriesWritten(written);
+    };
     bool success = true;
     VPErrorPtr first;
     const auto handled = [&](bool ok) {
@@ -315,7 +344,8 @@ bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(const std::string&
 bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(const std::string& path,
                                                               const std::string& directoryPath,
                                                               bool keepParentDirectory) {
-    return createZipFileAtPathWithContentsOfDirectory(path, directoryPath, keepParentDirectory, std::string());
+    return createZipFileAtPathWithContentsOfDirectory(path, directoryPath, keepParentDirectory,
+                                                      std::string());
 }
 
 bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(const std::string& path,
@@ -333,24 +363,23 @@ bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(const std::string&
 
 bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(const std::string& path,
                                                               const std::string& directoryPath,
-                                                              bool keepParentDirectory, const std::string& password) {
+                                                              bool keepParentDirectory,
+                                                              const std::string& password) {
     return createZipFileAtPathWithContentsOfDirectory(path, directoryPath, keepParentDirectory, password, {});
 }
 
 bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(const std::string& path,
                                                               const std::string& directoryPath,
-                                                              bool keepParentDirectory, const std::string& password,
+                                                              bool keepParentDirectory,
+                                                              const std::string& password,
                                                               const WriteProgressHandler& progressHandler) {
-    return createZipFileAtPathWithContentsOfDirectory(path, directoryPath, keepParentDirectory, -1, password, true,
-                                                      progressHandler);
+    return createZipFileAtPathWithContentsOfDirectory(path, directoryPath, keepParentDirectory, -1, password,
+                                                      true, progressHandler);
 }
 
-bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(const std::string& path,
-                                                              const std::string& directoryPath,
-                                                              bool keepParentDirectory, int compressionLevel,
-                                                              const std::string& password, bool aes,
-                                                              const WriteProgressHandler& progressHandler,
-                                                              VPErrorPtr* error) {
+bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(
+    const std::string& path, const std::string& directoryPath, bool keepParentDirectory, int compressionLevel,
+    const std::string& password, bool aes, const WriteProgressHandler& progressHandler, VPErrorPtr* error) {
     setError(error, nullptr);
     std::error_code ec;
     if (path.empty() || !fs::is_directory(directoryPath, ec)) {
@@ -371,7 +400,9 @@ bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(const std::string&
     const fs::path archiveRealPath = fs::weakly_canonical(path, ec);
     const std::string parentName = lastPathComponent(directoryPath);
     PathProgress progress(subpaths.size(), progressHandler);
-    archive.entriesWritten_ = [&progress](std::uint64_t written, std::uint64_t) { progress.entriesWritten(written); };
+    archive.entriesWritten_ = [&progress](std::uint64_t written, std::uint64_t) {
+        progress.entriesWritten(written);
+    };
     for (const auto& sub : subpaths) {
         const fs::path fullPath = sub.empty() ? fs::path(directoryPath) : fs::path(directoryPath) / sub;
         if (fs::weakly_canonical(fullPath, ec) == archiveRealPath) {
@@ -405,7 +436,8 @@ bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(const std::string&
 
 // ---- writing: an instance
 
-VPZipArchive::VPZipArchive(std::string path) : path_(std::move(path)), output_(std::make_unique<ZipOutput>()) {
+VPZipArchive::VPZipArchive(std::string path)
+    : path_(std::move(path)), output_(std::make_unique<ZipOutput>()) {
     if (path_.empty()) throw std::invalid_argument("VPZipArchive needs the path of its archive");
 }
 
@@ -463,7 +495,8 @@ bool VPZipArchive::writeFileAtPath(const std::string& path, const std::string& f
     return added(output_->addFile(name, path, options), name);
 }
 
-bool VPZipArchive::writeData(std::string_view data, const std::string& filename, const std::string& password) {
+bool VPZipArchive::writeData(std::string_view data, const std::string& filename,
+                             const std::string& password) {
     return writeData(data, filename, -1, password, true);
 }
 
@@ -495,8 +528,9 @@ bool VPZipArchive::checkWritable(int compressionLevel) {
         return fail(errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {}, "the archive is not open"));
     }
     if (compressionLevel < -1 || compressionLevel > 9) {
-        return fail(errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {},
-                                  fmt::format("compression level {} is not between -1 and 9", compressionLevel)));
+        return fail(
+            errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {},
+                          fmt::format("compression level {} is not between -1 and 9", compressionLevel)));
     }
     return true;
 }

@@ -53,12 +53,13 @@ struct VPZipUnzipLimits {
 ///
 /// Passwords are UTF-8 text; an empty password means none. Instances are not shared between threads.
 class VPZipArchive {
-public:
+  public:
     /// (entry name, entry information, entry index, number of entries), after each unpacked entry.
     using ProgressHandler = std::function<void(const std::string& entry, const VPZipFileInfo& info,
                                                std::int64_t entryNumber, std::int64_t total)>;
     /// (archive path, success, error); the path is empty when the archive never opened.
-    using CompletionHandler = std::function<void(const std::string& path, bool succeeded, const VPErrorPtr& error)>;
+    using CompletionHandler =
+        std::function<void(const std::string& path, bool succeeded, const VPErrorPtr& error)>;
     /// (entries done, entries in total) while writing an archive.
     using WriteProgressHandler = std::function<void(std::uint64_t entryNumber, std::uint64_t total)>;
 
@@ -88,31 +89,36 @@ public:
                                 VPZipArchiveDelegate* delegate);
     // unzipFileAtPath:toDestination:overwrite:password:error:delegate:
     static bool unzipFileAtPath(const std::string& path, const std::string& destination, bool overwrite,
-                                const std::string& password, VPErrorPtr* error, VPZipArchiveDelegate* delegate);
+                                const std::string& password, VPErrorPtr* error,
+                                VPZipArchiveDelegate* delegate);
     // unzipFileAtPath:toDestination:overwrite:password:progressHandler:completionHandler:
     static bool unzipFileAtPath(const std::string& path, const std::string& destination, bool overwrite,
                                 const std::string& password, const ProgressHandler& progressHandler,
                                 const CompletionHandler& completionHandler);
     // unzipFileAtPath:toDestination:progressHandler:completionHandler:
     static bool unzipFileAtPath(const std::string& path, const std::string& destination,
-                                const ProgressHandler& progressHandler, const CompletionHandler& completionHandler);
-    // unzipFileAtPath:toDestination:preserveAttributes:overwrite:password:error:delegate:
-    static bool unzipFileAtPath(const std::string& path, const std::string& destination, bool preserveAttributes,
-                                bool overwrite, const std::string& password, VPErrorPtr* error,
-                                VPZipArchiveDelegate* delegate);
-    // unzipFileAtPath:toDestination:preserveAttributes:overwrite:password:error:delegate:progressHandler:completionHandler:
-    static bool unzipFileAtPath(const std::string& path, const std::string& destination, bool preserveAttributes,
-                                bool overwrite, const std::string& password, VPErrorPtr* error,
-                                VPZipArchiveDelegate* delegate, const ProgressHandler& progressHandler,
+                                const ProgressHandler& progressHandler,
                                 const CompletionHandler& completionHandler);
-    /// The main form. Entries are written under `destination`, never outside it: names are
-    /// sanitized, and an entry that would be written through a symbolic link leading elsewhere
+    // unzipFileAtPath:toDestination:preserveAttributes:overwrite:password:error:delegate:
+    static bool unzipFileAtPath(const std::string& path, const std::string& destination,
+                                bool preserveAttributes, bool overwrite, const std::string& password,
+                                VPErrorPtr* error, VPZipArchiveDelegate* delegate);
+    // unzipFileAtPath:toDestination:preserveAttributes:overwrite:password:error:delegate:progressHandler:completionHandler:
+    static bool unzipFileAtPath(const std::string& path, const std::string& destination,
+                                bool preserveAttributes, bool overwrite, const std::string& password,
+                                VPErrorPtr* error, VPZipArchiveDelegate* delegate,
+                                const ProgressHandler& progressHandler,
+                                const CompletionHandler& completionHandler);
+    /// The main form. An empty path or destination, or a destination that is not a directory,
+    /// fails with the invalid-argument error. Entries are written under `destination`, never outside it:
+    /// names are sanitized, and an entry that would be written through a symbolic link leading elsewhere
     /// stops the run with the invalid-argument error. Inner archives ("*.zip" in any case) are
     /// unpacked beside themselves and removed while `nestedZipLevel` is above 0. The out error can
     /// be set on success, when a symbolic link could not be made.
     // unzipFileAtPath:toDestination:preserveAttributes:overwrite:nestedZipLevel:password:error:delegate:progressHandler:completionHandler:
-    static bool unzipFileAtPath(const std::string& path, const std::string& destination, bool preserveAttributes,
-                                bool overwrite, int nestedZipLevel, const std::string& password, VPErrorPtr* error,
+    static bool unzipFileAtPath(const std::string& path, const std::string& destination,
+                                bool preserveAttributes, bool overwrite, int nestedZipLevel,
+                                const std::string& password, VPErrorPtr* error,
                                 VPZipArchiveDelegate* delegate, const ProgressHandler& progressHandler,
                                 const CompletionHandler& completionHandler, const UnzipLimits& limits = {});
 
@@ -134,27 +140,36 @@ public:
     /// directory's own name. Sub-directories get an entry of their own only when empty. The keyword
     /// is part of the name: a list of paths and a directory path can't be told apart in a call.
     // createZipFileAtPath:withContentsOfDirectory:
-    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path, const std::string& directoryPath);
+    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path,
+                                                           const std::string& directoryPath);
     // createZipFileAtPath:withContentsOfDirectory:keepParentDirectory:
-    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path, const std::string& directoryPath,
+    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path,
+                                                           const std::string& directoryPath,
                                                            bool keepParentDirectory);
     // createZipFileAtPath:withContentsOfDirectory:withPassword:
-    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path, const std::string& directoryPath,
+    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path,
+                                                           const std::string& directoryPath,
                                                            const std::string& password);
     /// A text literal is a password, not a flag.
-    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path, const std::string& directoryPath,
+    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path,
+                                                           const std::string& directoryPath,
                                                            const char* password);
     // createZipFileAtPath:withContentsOfDirectory:keepParentDirectory:withPassword:
-    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path, const std::string& directoryPath,
-                                                           bool keepParentDirectory, const std::string& password);
+    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path,
+                                                           const std::string& directoryPath,
+                                                           bool keepParentDirectory,
+                                                           const std::string& password);
     // createZipFileAtPath:withContentsOfDirectory:keepParentDirectory:withPassword:andProgressHandler:
-    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path, const std::string& directoryPath,
-                                                           bool keepParentDirectory, const std::string& password,
+    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path,
+                                                           const std::string& directoryPath,
+                                                           bool keepParentDirectory,
+                                                           const std::string& password,
                                                            const WriteProgressHandler& progressHandler);
     /// Level -1 is the default (6), 0 stores, 1 to 9 deflate. With a password, entries are
     /// encrypted with AES-256, or with the traditional cipher when `aes` is false.
     // createZipFileAtPath:withContentsOfDirectory:keepParentDirectory:compressionLevel:password:AES:progressHandler:
-    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path, const std::string& directoryPath,
+    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path,
+                                                           const std::string& directoryPath,
                                                            bool keepParentDirectory, int compressionLevel,
                                                            const std::string& password, bool aes,
                                                            const WriteProgressHandler& progressHandler,
@@ -176,7 +191,8 @@ public:
     /// An entry of the folder name plus "/", with the folder's date and permissions. It holds
     /// nothing, so it is never encrypted; the password is taken as every write takes one.
     // writeFolderAtPath:withFolderName:withPassword:
-    bool writeFolderAtPath(const std::string& path, const std::string& folderName, const std::string& password);
+    bool writeFolderAtPath(const std::string& path, const std::string& folderName,
+                           const std::string& password);
     // writeFile:withPassword:
     bool writeFile(const std::string& path, const std::string& password);
     // writeFileAtPath:withFileName:withPassword:
@@ -203,7 +219,7 @@ public:
     static VPErrorPtr errorWithCode(VPZipArchiveErrorCode code, std::string_view description = {},
                                     std::string_view reason = {});
 
-private:
+  private:
     friend class ZipUnpacker;
 
     /// An error of the platform's errno domain.

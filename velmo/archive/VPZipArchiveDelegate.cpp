@@ -4,7 +4,9 @@ namespace velmo {
 
 VPZipArchiveDelegate::~VPZipArchiveDelegate() = default;
 
-bool VPZipArchiveDelegate::respondsTo(Operation) const { return true; }
+bool VPZipArchiveDelegate::respondsTo(Operation) const {
+    return true;
+}
 
 void VPZipArchiveDelegate::zipArchiveWillUnzipArchiveAtPath(const std::string&, const VPZipArchiveInfo&) {}
 

@@ -37,7 +37,7 @@ struct VPZipFileInfo {
 /// is there for delegates that stand in for others (a bridge to a host answers only what the host
 /// implements). A delegate that doesn't answer `ShouldUnzipFile` lets every entry through.
 class VPZipArchiveDelegate {
-public:
+  public:
     enum class Operation {
         WillUnzipArchive,
         ProgressEvent,
@@ -60,10 +60,12 @@ public:
     /// Answering false fails and cancels the run.
     // zipArchiveShouldUnzipFileAtIndex:totalFiles:archivePath:fileInfo:
     virtual bool zipArchiveShouldUnzipFileAtIndex(std::int64_t fileIndex, std::int64_t totalFiles,
-                                                  const std::string& archivePath, const VPZipFileInfo& fileInfo);
+                                                  const std::string& archivePath,
+                                                  const VPZipFileInfo& fileInfo);
     // zipArchiveWillUnzipFileAtIndex:totalFiles:archivePath:fileInfo:
     virtual void zipArchiveWillUnzipFileAtIndex(std::int64_t fileIndex, std::int64_t totalFiles,
-                                                const std::string& archivePath, const VPZipFileInfo& fileInfo);
+                                                const std::string& archivePath,
+                                                const VPZipFileInfo& fileInfo);
     // zipArchiveDidUnzipFileAtIndex:totalFiles:archivePath:fileInfo:
     virtual void zipArchiveDidUnzipFileAtIndex(std::int64_t fileIndex, std::int64_t totalFiles,
                                                const std::string& archivePath, const VPZipFileInfo& fileInfo);
@@ -75,7 +77,7 @@ public:
     virtual void zipArchiveDidUnzipArchiveAtPath(const std::string& path, const VPZipArchiveInfo& zipInfo,
                                                  const std::string& unzippedPath);
 
-protected:
+  protected:
     VPZipArchiveDelegate() = default;
     VPZipArchiveDelegate(const VPZipArchiveDelegate&) = default;
     VPZipArchiveDelegate& operator=(const VPZipArchiveDelegate&) = default;

@@ -42,7 +42,9 @@ std::string ZipEntryName::decode(std::string_view raw, std::uint8_t hostSystem, 
     return Crypto::hex(raw);
 }
 
-bool ZipEntryName::isMacOSXMetadata(std::string_view name) { return name.starts_with("__MACOSX/"); }
+bool ZipEntryName::isMacOSXMetadata(std::string_view name) {
+    return name.starts_with("__MACOSX/");
+}
 
 bool ZipEntryName::isDirectory(std::string_view name) {
     return !name.empty() && (name.back() == '/' || name.back() == '\\');

@@ -20,7 +20,9 @@ struct ZipInput::Impl {
 
 ZipInput::ZipInput() : impl_(std::make_unique<Impl>()) {}
 
-ZipInput::~ZipInput() { close(); }
+ZipInput::~ZipInput() {
+    close();
+}
 
 ZipResult ZipInput::open(const std::string& path) {
     close();

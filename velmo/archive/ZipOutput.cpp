@@ -49,7 +49,8 @@ struct ZipOutput::Impl {
     }
 
     /// Settings of a new entry; an entry that can't take them is removed again.
-    ZipResult configure(zip_int64_t added, const EntryOptions& options, bool isDirectory, std::string& message) {
+    ZipResult configure(zip_int64_t added, const EntryOptions& options, bool isDirectory,
+                        std::string& message) {
         const auto index = static_cast<zip_uint64_t>(added);
         const bool store = options.compressionLevel == 0 || isDirectory;
         const int level = options.compressionLevel < 0 ? kDefaultDeflateLevel : options.compressionLevel;
@@ -62,7 +63,8 @@ struct ZipOutput::Impl {
                                       static_cast<zip_uint16_t>(options.dosDate >> 16), 0);
         }
         // Unix as the host system, so readers take the mode from the top of the attributes.
-        if (rc == 0) rc = zip_file_set_external_attributes(archive, index, 0, ZIP_OPSYS_UNIX, options.mode << 16);
+        if (rc == 0)
+            rc = zip_file_set_external_attributes(archive, index, 0, ZIP_OPSYS_UNIX, options.mode << 16);
         if (rc == 0 && !isDirectory && !options.password.empty()) {
             rc = zip_file_set_encryption(archive, index, options.aes ? ZIP_EM_AES_256 : ZIP_EM_TRAD_PKWARE,
                                          options.password.c_str());
@@ -87,7 +89,9 @@ struct ZipOutput::Impl {
 
 ZipOutput::ZipOutput() : impl_(std::make_unique<Impl>()) {}
 
-ZipOutput::~ZipOutput() { discard(); }
+ZipOutput::~ZipOutput() {
+    discard();
+}
 
 ZipResult ZipOutput::open(const std::string& path) {
     discard();
@@ -112,11 +116,15 @@ ZipResult ZipOutput::open(const std::string& path) {
     return ZipResult::Ok;
 }
 
-bool ZipOutput::isOpen() const { return impl_->archive != nullptr; }
+bool ZipOutput::isOpen() const {
+    return impl_->archive != nullptr;
+}
 
-ZipResult ZipOutput::addFile(const std::string& name, const std::string& sourcePath, const EntryOptions& options) {
+ZipResult ZipOutput::addFile(const std::string& name, const std::string& sourcePath,
+                             const EntryOptions& options) {
     if (!impl_->archive) return ZipResult::InvalidArgument;
-    return counted(impl_->add(name, zip_source_file(impl_->archive, sourcePath.c_str(), 0, -1), options, lastMessage_));
+    return counted(
+        impl_->add(name, zip_source_file(impl_->archive, sourcePath.c_str(), 0, -1), options, lastMessage_));
 }
 
 ZipResult ZipOutput::addData(const std::string& name, std::string_view data, const EntryOptions& options) {

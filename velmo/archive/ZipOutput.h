@@ -14,7 +14,7 @@ namespace velmo {
 /// Entries are recorded as they are added; their bytes are read, compressed and written by
 /// `close`, one source file open at a time.
 class ZipOutput {
-public:
+  public:
     struct EntryOptions {
         /// -1 for the default level (6), 0 to store, 1 to 9 to deflate.
         int compressionLevel = -1;
@@ -54,7 +54,7 @@ public:
 
     const std::string& lastMessage() const { return lastMessage_; }
 
-private:
+  private:
     ZipResult counted(ZipResult result);
 
     struct Impl;

@@ -35,7 +35,8 @@ bool setModificationDate(const fs::path& path, Date date) {
     const auto sinceEpoch = date.time_since_epoch();
     const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
     const auto nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(sinceEpoch - seconds);
-    const timespec times[2] = {{0, UTIME_OMIT}, {static_cast<time_t>(seconds.count()), static_cast<long>(nanoseconds.count())}};
+    const timespec times[2] = {
+        {0, UTIME_OMIT}, {static_cast<time_t>(seconds.count()), static_cast<long>(nanoseconds.count())}};
     return ::utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
@@ -59,14 +60,15 @@ bool isZipFile(const fs::path& path) {
 
 } // namespace
 
-ZipUnpacker::ZipUnpacker(std::string path, std::string destination, Options options, VPZipArchiveDelegate* delegate,
-                         VPZipArchive::ProgressHandler progressHandler)
+ZipUnpacker::ZipUnpacker(std::string path, std::string destination, Options options,
+                         VPZipArchiveDelegate* delegate, VPZipArchive::ProgressHandler progressHandler)
     : path_(std::move(path)), destination_(std::move(destination)), options_(std::move(options)),
       delegate_(delegate), progressHandler_(std::move(progressHandler)) {}
 
 bool ZipUnpacker::run(VPErrorPtr& error) {
     if (input_.open(path_) != ZipResult::Ok) {
-        error = VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedOpenZipFile, {}, input_.lastMessage());
+        error =
+            VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedOpenZipFile, {}, input_.lastMessage());
         return false;
     }
     opened_ = true;
@@ -75,7 +77,8 @@ bool ZipUnpacker::run(VPErrorPtr& error) {
     if (ec) fileSize_ = 0;
     zipInfo_ = VPZipArchiveInfo{input_.entryCount(), input_.comment()};
     fs::path destination = fs::absolute(destination_).lexically_normal();
-    if (!destination.has_filename() && destination.has_relative_path()) destination = destination.parent_path();
+    if (!destination.has_filename() && destination.has_relative_path())
+        destination = destination.parent_path();
     root_ = fs::weakly_canonical(destination, ec);
     if (ec) root_ = destination;
 
@@ -86,7 +89,8 @@ bool ZipUnpacker::run(VPErrorPtr& error) {
 
     tell(Operation::WillUnzipArchive, [&](auto& d) { d.zipArchiveWillUnzipArchiveAtPath(path_, zipInfo_); });
     tell(Operation::ProgressEvent, [&](auto& d) { d.zipArchiveProgressEvent(0, fileSize_); });
-    for (std::uint64_t index = 0; index < zipInfo_.numberOfEntries && !failed_; ++index) unpackEntry(index);
+    for (std::uint64_t index = 0; index < zipInfo_.numberOfEntries && !failed_; ++index)
+        unpackEntry(index);
     input_.close();
 
     const bool success = !failed_;
@@ -95,7 +99,8 @@ bool ZipUnpacker::run(VPErrorPtr& error) {
         tell(Operation::DidUnzipArchive,
              [&](auto& d) { d.zipArchiveDidUnzipArchiveAtPath(path_, zipInfo_, destination_); });
     }
-    if (!cancelled_) tell(Operation::ProgressEvent, [&](auto& d) { d.zipArchiveProgressEvent(fileSize_, fileSize_); });
+    if (!cancelled_)
+        tell(Operation::ProgressEvent, [&](auto& d) { d.zipArchiveProgressEvent(fileSize_, fileSize_); });
     error = error_;
     if (!error && crcFailed_) {
         error = VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileInfoNotLoadable, kCrcCheckFailed);
@@ -166,7 +171,8 @@ void ZipUnpacker::unpackEntry(std::uint64_t index) {
     }
     const bool isDirectory = ZipEntryName::isDirectory(info.rawName);
     std::string relative = ZipEntryName::sanitizedPath(name);
-    while (!relative.empty() && relative.back() == '/') relative.pop_back();
+    while (!relative.empty() && relative.back() == '/')
+        relative.pop_back();
     if (relative.empty()) relative = std::to_string(index);
     const fs::path fullPath = fs::path(destination_) / relative;
 
@@ -174,7 +180,8 @@ void ZipUnpacker::unpackEntry(std::uint64_t index) {
     if (!staysInside(isDirectory ? fullPath : fullPath.parent_path())) {
         fail(VPZipArchive::errorWithCode(
             VPZipArchiveErrorCode::InvalidArguments, {},
-            fmt::format("entry \"{}\" would be written outside the destination through a symbolic link", name)));
+            fmt::format("entry \"{}\" would be written outside the destination through a symbolic link",
+                        name)));
         return;
     }
     if (options_.preserveAttributes) dates_.emplace_back(fullPath, info.dosDate);
@@ -230,7 +237,8 @@ bool ZipUnpacker::writeRegularFile(const fs::path& target) {
         if (code == EMFILE || code == ENOSPC) {
             fail(error);
         } else {
-            SystemLog::log(fmt::format("[VPZipArchive] Failed to open file on unzipping.({})", error->description()));
+            SystemLog::log(
+                fmt::format("[VPZipArchive] Failed to open file on unzipping.({})", error->description()));
         }
         return false;
     }
@@ -243,13 +251,15 @@ bool ZipUnpacker::writeRegularFile(const fs::path& target) {
         entryBytes += count;
         written_ += count;
         if (entryBytes > limits.maxEntrySize || written_ > limits.maxTotalSize) {
-            fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {},
-                                             fmt::format("\"{}\" holds more than its limit", target.string())));
+            fail(VPZipArchive::errorWithCode(
+                VPZipArchiveErrorCode::InvalidArguments, {},
+                fmt::format("\"{}\" holds more than its limit", target.string())));
             break;
         }
         if (!writeAll(fd, buffer, count)) {
             SystemLog::log(fmt::format("[VPZipArchive] {}", kFailedToWrite));
-            fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedToWriteFile, {}, std::strerror(errno)));
+            fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedToWriteFile, {},
+                                             std::strerror(errno)));
             break;
         }
     }
@@ -292,15 +302,17 @@ void ZipUnpacker::writeSymbolicLink(const fs::path& target) {
         std::error_code ec;
         fs::remove_all(target, ec);
         if (ec) {
-            const std::string message = fmt::format("Failed to delete existing symbolic link at \"{}\"", target.string());
+            const std::string message =
+                fmt::format("Failed to delete existing symbolic link at \"{}\"", target.string());
             SystemLog::log(fmt::format("[VPZipArchive] {}", message));
             error_ = VPZipArchive::posixError(ec.value(), message);
         }
     }
     if (::symlink(destination.c_str(), target.c_str()) != 0) {
         const int code = errno;
-        const std::string message = fmt::format("Failed to create symbolic link at \"{}\" to \"{}\" - symlink() error code: {}",
-                                                target.string(), destination, code);
+        const std::string message =
+            fmt::format("Failed to create symbolic link at \"{}\" to \"{}\" - symlink() error code: {}",
+                        target.string(), destination, code);
         SystemLog::log(fmt::format("[VPZipArchive] {}", message));
         error_ = VPZipArchive::posixError(code, message);
     }
@@ -329,7 +341,8 @@ bool ZipUnpacker::readChunk(char* buffer, std::size_t size, std::size_t& count) 
         return false;
     }
     if (result != ZipResult::Ok) {
-        fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {}, input_.lastMessage()));
+        fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {},
+                                         input_.lastMessage()));
         return false;
     }
     return true;
@@ -339,12 +352,15 @@ void ZipUnpacker::applyDirectoryDates() {
     for (const auto& [path, dosDate] : dates_) {
         struct stat st;
         // Only real directories: a link that replaced one is left alone.
-        if (dosDate == 0 || ::lstat(path.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) || !staysInside(path)) continue;
+        if (dosDate == 0 || ::lstat(path.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) || !staysInside(path))
+            continue;
         if (!setModificationDate(path, DosDate::dateFromDosDate(dosDate))) {
             const VPErrorPtr error = VPZipArchive::posixError(errno, std::strerror(errno));
-            SystemLog::log(fmt::format("[VPZipArchive] Set attributes failed for directory: {}.", path.string()));
-            SystemLog::log(fmt::format("[VPZipArchive] Error setting directory file modification date attribute: {}",
-                                       error->description()));
+            SystemLog::log(
+                fmt::format("[VPZipArchive] Set attributes failed for directory: {}.", path.string()));
+            SystemLog::log(
+                fmt::format("[VPZipArchive] Error setting directory file modification date attribute: {}",
+                            error->description()));
         }
     }
 }

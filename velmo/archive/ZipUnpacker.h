@@ -13,7 +13,7 @@ namespace velmo {
 
 /// One run of unpacking an archive into a destination: the work behind the main unpacking form.
 class ZipUnpacker {
-public:
+  public:
     struct Options {
         bool preserveAttributes = true;
         bool overwrite = true;
@@ -32,11 +32,10 @@ public:
     /// False when the archive never opened.
     bool opened() const { return opened_; }
 
-private:
+  private:
     using Operation = VPZipArchiveDelegate::Operation;
 
-    template <class Call>
-    void tell(Operation operation, Call&& call) {
+    template <class Call> void tell(Operation operation, Call&& call) {
         if (delegate_ && delegate_->respondsTo(operation)) call(*delegate_);
     }
 

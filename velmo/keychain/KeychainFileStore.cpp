@@ -22,19 +22,23 @@ namespace {
 
 constexpr int kPrivateMode = 0600;
 
-double secondsOf(Date date) { return std::chrono::duration<double>(date.time_since_epoch()).count(); }
+double secondsOf(Date date) {
+    return std::chrono::duration<double>(date.time_since_epoch()).count();
+}
 
 Date dateOf(double seconds) {
     return Date(std::chrono::duration_cast<Date::duration>(std::chrono::duration<double>(seconds)));
 }
 
-KeychainMatch exactly(const KeychainItem& item) { return {item.service, item.account, item.accessGroup}; }
+KeychainMatch exactly(const KeychainItem& item) {
+    return {item.service, item.account, item.accessGroup};
+}
 
 } // namespace
 
 /// An exclusive lock on "<store>.lock" for one read-change-write.
 class KeychainFileStore::Lock {
-public:
+  public:
     explicit Lock(const fs::path& store) {
         std::error_code ec;
         fs::create_directories(store.parent_path(), ec);
@@ -53,7 +57,7 @@ public:
 
     bool held() const { return fd_ >= 0; }
 
-private:
+  private:
     int fd_ = -1;
 };
 
@@ -64,8 +68,9 @@ KeychainStatus KeychainFileStore::load(std::vector<KeychainItem>& items) const {
     std::error_code ec;
     if (!fs::exists(path_, ec)) return {};
     const auto unreadable = [this] {
-        return KeychainStatus::failure(kVPKeychainErrorDecode,
-                                       fmt::format("The secret store file {} could not be read.", path_.string()));
+        return KeychainStatus::failure(
+            kVPKeychainErrorDecode,
+            fmt::format("The secret store file {} could not be read.", path_.string()));
     };
     const auto text = Files::read(path_);
     if (!text) return unreadable();
@@ -100,8 +105,9 @@ KeychainStatus KeychainFileStore::save(const std::vector<KeychainItem>& items) c
                                   {"data", Value(Base64::encode(item.data.value_or(std::string())))}});
     }
     if (!Files::writeAtomically(path_, Json::write(Dictionary{{"items", Value(list)}}, true), kPrivateMode)) {
-        return KeychainStatus::failure(kVPKeychainErrorNotAvailable,
-                                       fmt::format("The secret store file {} could not be written.", path_.string()));
+        return KeychainStatus::failure(
+            kVPKeychainErrorNotAvailable,
+            fmt::format("The secret store file {} could not be written.", path_.string()));
     }
     return {};
 }
@@ -130,7 +136,8 @@ KeychainStatus KeychainFileStore::findAll(const KeychainMatch& match, std::vecto
 KeychainStatus KeychainFileStore::add(const KeychainItem& item) {
     return change([&item](std::vector<KeychainItem>& items) {
         const KeychainMatch same = exactly(item);
-        if (std::any_of(items.begin(), items.end(), [&same](const KeychainItem& i) { return same.matches(i); })) {
+        if (std::any_of(items.begin(), items.end(),
+                        [&same](const KeychainItem& i) { return same.matches(i); })) {
             return KeychainStatus::failure(kVPKeychainErrorDuplicateItem);
         }
         KeychainItem added = item;
@@ -163,7 +170,8 @@ KeychainStatus KeychainFileStore::remove(const KeychainMatch& match) {
     });
 }
 
-KeychainStatus KeychainFileStore::change(const std::function<KeychainStatus(std::vector<KeychainItem>&)>& edit) {
+KeychainStatus
+KeychainFileStore::change(const std::function<KeychainStatus(std::vector<KeychainItem>&)>& edit) {
     std::lock_guard guard(mutex_);
     Lock lock(path_);
     if (!lock.held()) return KeychainStatus::failure(kVPKeychainErrorNotAvailable);

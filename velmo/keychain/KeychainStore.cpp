@@ -26,9 +26,10 @@ KeychainStore& KeychainStore::shared() {
         std::string reason;
         if (auto secretService = SecretServiceStore::connect(reason)) return secretService.release();
         const auto path = Files::velmoHome() / "keychain.json";
-        SystemLog::log(fmt::format("[VPKeychain] No secret service answered ({}); secrets are kept in {}, readable "
-                                   "by this user only",
-                                   reason, path.string()));
+        SystemLog::log(
+            fmt::format("[VPKeychain] No secret service answered ({}); secrets are kept in {}, readable "
+                        "by this user only",
+                        reason, path.string()));
         return new KeychainFileStore(path);
     }();
     return *store;

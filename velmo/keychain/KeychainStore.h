@@ -43,7 +43,7 @@ struct KeychainStatus {
 /// A place that keeps secrets, with the four operations the token store needs: copy matching,
 /// add, update and delete. The Secret Service when one answers, a private file otherwise.
 class KeychainStore {
-public:
+  public:
     virtual ~KeychainStore() = default;
 
     /// The first match, with its data when `withData`.

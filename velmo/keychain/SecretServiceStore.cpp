@@ -20,7 +20,14 @@ const SecretSchema* schema() {
             {"accessGroup", SECRET_SCHEMA_ATTRIBUTE_STRING},
             {nullptr, SECRET_SCHEMA_ATTRIBUTE_STRING},
         },
-        0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+        0,
+        nullptr,
+        nullptr,
+        nullptr,
+        nullptr,
+        nullptr,
+        nullptr,
+        nullptr,
     };
     return &kSchema;
 }
@@ -69,10 +76,17 @@ KeychainStatus statusOf(GError* error) {
     std::int32_t code = kVPKeychainErrorNotAvailable;
     if (error->domain == SECRET_ERROR) {
         switch (error->code) {
-        case SECRET_ERROR_IS_LOCKED: code = kVPKeychainErrorInteractionNotAllowed; break;
-        case SECRET_ERROR_NO_SUCH_OBJECT: code = kVPKeychainErrorItemNotFound; break;
-        case SECRET_ERROR_ALREADY_EXISTS: code = kVPKeychainErrorDuplicateItem; break;
-        default: break;
+        case SECRET_ERROR_IS_LOCKED:
+            code = kVPKeychainErrorInteractionNotAllowed;
+            break;
+        case SECRET_ERROR_NO_SUCH_OBJECT:
+            code = kVPKeychainErrorItemNotFound;
+            break;
+        case SECRET_ERROR_ALREADY_EXISTS:
+            code = kVPKeychainErrorDuplicateItem;
+            break;
+        default:
+            break;
         }
     }
     KeychainStatus status{code, error->message ? error->message : ""};
@@ -113,8 +127,8 @@ std::unique_ptr<SecretServiceStore> SecretServiceStore::connect(std::string& rea
     GError* error = nullptr;
     auto impl = std::make_unique<Impl>();
     impl->service = secret_service_get_sync(
-        static_cast<SecretServiceFlags>(SECRET_SERVICE_OPEN_SESSION | SECRET_SERVICE_LOAD_COLLECTIONS), nullptr,
-        &error);
+        static_cast<SecretServiceFlags>(SECRET_SERVICE_OPEN_SESSION | SECRET_SERVICE_LOAD_COLLECTIONS),
+        nullptr, &error);
     if (!impl->service) {
         reason = error ? error->message : "no secret service";
         if (error) g_error_free(error);
@@ -173,10 +187,12 @@ KeychainStatus SecretServiceStore::add(const KeychainItem& item) {
     const KeychainMatch match{item.service, item.account, item.accessGroup};
     GHashTable* attributes = attributesOf(match);
     const std::string& data = item.data ? *item.data : std::string();
-    SecretValue* value = secret_value_new(data.data(), static_cast<gssize>(data.size()), "application/octet-stream");
+    SecretValue* value =
+        secret_value_new(data.data(), static_cast<gssize>(data.size()), "application/octet-stream");
     GError* error = nullptr;
-    const gboolean stored = secret_service_store_sync(impl_->service, schema(), attributes, SECRET_COLLECTION_DEFAULT,
-                                                      item.label.c_str(), value, nullptr, &error);
+    const gboolean stored =
+        secret_service_store_sync(impl_->service, schema(), attributes, SECRET_COLLECTION_DEFAULT,
+                                  item.label.c_str(), value, nullptr, &error);
     secret_value_unref(value);
     g_hash_table_unref(attributes);
     if (!stored) return error ? statusOf(error) : KeychainStatus::failure(kVPKeychainErrorNotAvailable);
@@ -188,7 +204,8 @@ KeychainStatus SecretServiceStore::update(const KeychainMatch& match, std::strin
     ItemList found;
     const KeychainStatus status = impl_->search(match, SECRET_SEARCH_ALL, found);
     if (!status.ok()) return status;
-    SecretValue* value = secret_value_new(data.data(), static_cast<gssize>(data.size()), "application/octet-stream");
+    SecretValue* value =
+        secret_value_new(data.data(), static_cast<gssize>(data.size()), "application/octet-stream");
     KeychainStatus result;
     for (GList* node = found.items; node && result.ok(); node = node->next) {
         GError* error = nullptr;

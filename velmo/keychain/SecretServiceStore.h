@@ -12,7 +12,7 @@ namespace velmo {
 /// Items go to the default collection, under one schema with the service, account and access
 /// group as attributes.
 class SecretServiceStore : public KeychainStore {
-public:
+  public:
     /// A store when a service answers with an unlocked default collection; otherwise nothing,
     /// and `reason` says why.
     static std::unique_ptr<SecretServiceStore> connect(std::string& reason);
@@ -24,7 +24,7 @@ public:
     KeychainStatus update(const KeychainMatch& match, std::string_view data) override;
     KeychainStatus remove(const KeychainMatch& match) override;
 
-private:
+  private:
     struct Impl;
     explicit SecretServiceStore(std::unique_ptr<Impl> impl);
 

@@ -15,8 +15,8 @@ VPKeychainQuery queryFor(const std::string& service, const std::string& account)
 
 } // namespace
 
-std::optional<std::string> VPKeychain::passwordForService(const std::string& service, const std::string& account,
-                                                          VPErrorPtr* error) {
+std::optional<std::string> VPKeychain::passwordForService(const std::string& service,
+                                                          const std::string& account, VPErrorPtr* error) {
     VPKeychainQuery query = queryFor(service, account);
     if (!query.fetch(error)) return std::nullopt;
     return query.password();
@@ -52,6 +52,8 @@ Array VPKeychain::accountsForService(const std::string& service, VPErrorPtr* err
     return query.fetchAll(error);
 }
 
-Array VPKeychain::allAccounts(VPErrorPtr* error) { return accountsForService(std::string(), error); }
+Array VPKeychain::allAccounts(VPErrorPtr* error) {
+    return accountsForService(std::string(), error);
+}
 
 } // namespace velmo

@@ -12,13 +12,14 @@ namespace velmo {
 /// `VPKeychainQuery` and runs it. Every operation takes an optional error; without one,
 /// failures give nothing or false, silently.
 class VPKeychain {
-public:
+  public:
     /// The password as text; nothing when absent or empty.
     // passwordForService:account:error:
-    static std::optional<std::string> passwordForService(const std::string& service, const std::string& account,
-                                                         VPErrorPtr* error = nullptr);
+    static std::optional<std::string>
+    passwordForService(const std::string& service, const std::string& account, VPErrorPtr* error = nullptr);
     // passwordDataForService:account:error:
-    static std::optional<std::string> passwordDataForService(const std::string& service, const std::string& account,
+    static std::optional<std::string> passwordDataForService(const std::string& service,
+                                                             const std::string& account,
                                                              VPErrorPtr* error = nullptr);
     // deletePasswordForService:account:error:
     static bool deletePasswordForService(const std::string& service, const std::string& account,

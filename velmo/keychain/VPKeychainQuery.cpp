@@ -109,7 +109,8 @@ Array VPKeychainQuery::fetchAll(VPErrorPtr* error) {
 bool VPKeychainQuery::fetch(VPErrorPtr* error) {
     if (!hasArguments(error, false)) return false;
     KeychainItem item;
-    const KeychainStatus status = KeychainStore::shared().find({service_, account_, present(accessGroup_)}, true, item);
+    const KeychainStatus status =
+        KeychainStore::shared().find({service_, account_, present(accessGroup_)}, true, item);
     if (!status.ok()) {
         setError(error, errorWithStatus(status));
         return false;
@@ -124,12 +125,14 @@ bool VPKeychainQuery::hasArguments(VPErrorPtr* error, bool needsPassword) const 
     return complete;
 }
 
-bool VPKeychainQuery::isSynchronizationAvailable() { return false; }
+bool VPKeychainQuery::isSynchronizationAvailable() {
+    return false;
+}
 
 VPErrorPtr VPKeychainQuery::errorWithCode(std::int32_t code) {
     if (code == 0) return nullptr;
-    const std::string text =
-        code == kVPKeychainErrorBadArguments ? kVPKeychainErrorBadArgumentsText : KeychainStore::messageForCode(code);
+    const std::string text = code == kVPKeychainErrorBadArguments ? kVPKeychainErrorBadArgumentsText
+                                                                  : KeychainStore::messageForCode(code);
     return VPError::withDescription(kVPKeychainErrorDomain, code, text);
 }
 

@@ -35,12 +35,13 @@ enum VPKeychainErrorCode : std::int32_t {
 };
 
 /// The text of `kVPKeychainErrorBadArguments`.
-inline constexpr const char* kVPKeychainErrorBadArgumentsText = "The service, the account or the password is missing.";
+inline constexpr const char* kVPKeychainErrorBadArgumentsText =
+    "The service, the account or the password is missing.";
 
 /// One request to the secret store about a generic-password item, and its answer. The one place
 /// that talks to the store. Dates in `fetchAll`'s dictionaries are seconds since 1970.
 class VPKeychainQuery {
-public:
+  public:
     enum class SynchronizationMode : unsigned { Any = 0, No = 1, Yes = 2 };
 
     /// Empty means absent, for the account, the service, the label and the access group.
@@ -84,7 +85,7 @@ public:
     /// nullptr for 0; the text of -1001, or the store's message for the code.
     static VPErrorPtr errorWithCode(std::int32_t code);
 
-private:
+  private:
     /// Service and account, and the password when saving; clears `error` or sets -1001.
     bool hasArguments(VPErrorPtr* error, bool needsPassword) const;
 
