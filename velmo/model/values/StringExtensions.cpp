@@ -93,7 +93,7 @@ std::string toLegalVarName(std::string_view receiver) {
     name[0] = lowerAscii(name[0]);
     std::erase_if(name, [](char c) { return !(isAsciiUpper(c) || isAsciiLower(c) || isAsciiDigit(c)); });
     // Only a digit can start the name here: the other two starters are gone with step 4.
-    if (!name.empty() && (isAsciiDigit(name[0]) || name[0] == '-' || name[0] == '_')) name.insert(0, "a");
+    if (!name.empty() && (isAsciiDigit(name[0]) || name[0] == '-' || name[0] == '_')) name = "a" + name;
     return name;
 }
 
