@@ -23,7 +23,7 @@ constexpr int kLevel = 6;
 
 /// The tree and its scratch space, made once for the whole run and removed at exit.
 class Workspace {
-  public:
+public:
     static Workspace& shared() {
         static Workspace workspace;
         return workspace;
@@ -48,7 +48,7 @@ class Workspace {
         if (std::system(command.c_str()) != 0) throw std::runtime_error("failed: " + command);
     }
 
-  private:
+private:
     Workspace() : root_(velmo::Files::makeTemporaryDirectory("velmo-archive-bench")) { generate(); }
 
     void generate() const {

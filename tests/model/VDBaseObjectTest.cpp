@@ -15,8 +15,9 @@ namespace {
 class TestConfigItem : public VDBaseObject {
 public:
     static const VDClass& classObject() {
-        static const VDClass cls("TestConfigItem", &VDBaseObject::classObject(),
-                                 [] { return std::static_pointer_cast<Object>(std::make_shared<TestConfigItem>()); });
+        static const VDClass cls("TestConfigItem", &VDBaseObject::classObject(), [] {
+            return std::static_pointer_cast<Object>(std::make_shared<TestConfigItem>());
+        });
         return cls;
     }
     const VDClass& objectClass() const override { return classObject(); }
@@ -68,7 +69,8 @@ TEST(VDModelObjectSerializer, EmptiesAreLeftOutButFalseAndZeroStay) {
 TEST(VDModelObjectSerializer, ValuesThatCannotBeSerialisedAreDropped) {
     auto item = std::make_shared<TestConfigItem>();
     const Value mixed(Array{Value(item), Value(VPError::make("d", 1)), Value(1)});
-    EXPECT_EQ(VDModelObjectSerializer::objectToSerializableObject(mixed), Json::parse(R"([{"flag":false},1])"));
+    EXPECT_EQ(VDModelObjectSerializer::objectToSerializableObject(mixed),
+              Json::parse(R"([{"flag":false},1])"));
     EXPECT_TRUE(VDModelObjectSerializer::objectToSerializableObject(Value()).isNull());
     EXPECT_TRUE(VDModelObjectSerializer::objectToSerializableObject(Value(VPError::make("d", 1))).isNil());
     EXPECT_TRUE(VDModelObjectSerializer::objectToSerializableObject(Value(std::nan(""))).isNil());
@@ -86,7 +88,10 @@ TEST(VDBaseObject, MakingObjectsFromValues) {
     const Dictionary objects = VDBaseObject::objectsDictionaryFromDictionary(
         TestConfigItem::classObject(), Json::parse(R"({"a":{"title":"A"},"b":3,"c":{}})").dictionary());
     EXPECT_EQ(objects.keys(), (std::vector<std::string>{"a", "c"}));
-    EXPECT_EQ(VDBaseObject::objectsArrayFromArray(TestConfigItem::classObject(), Json::parse(R"([{"title":1},2])").array()).size(), 2u)
+    EXPECT_EQ(VDBaseObject::objectsArrayFromArray(TestConfigItem::classObject(),
+                                                  Json::parse(R"([{"title":1},2])").array())
+                  .size(),
+              2u)
         << "no test of the element's kind first";
     EXPECT_TRUE(VDBaseObject::objectsArrayFromArray(TestConfigItem::classObject(), Array()).empty());
 

@@ -7,7 +7,9 @@ namespace velmo::test {
 
 LocalHttpServer::LocalHttpServer() = default;
 
-LocalHttpServer::~LocalHttpServer() { stop(); }
+LocalHttpServer::~LocalHttpServer() {
+    stop();
+}
 
 void LocalHttpServer::start() {
     port_ = server_.bind_to_any_port("127.0.0.1");
@@ -31,6 +33,8 @@ void LocalHttpServer::stop() {
     }
 }
 
-std::string LocalHttpServer::baseURL() const { return "http://127.0.0.1:" + std::to_string(port_); }
+std::string LocalHttpServer::baseURL() const {
+    return "http://127.0.0.1:" + std::to_string(port_);
+}
 
 } // namespace velmo::test

@@ -7,14 +7,14 @@ namespace velmo {
 
 const VDModelClass& VDModelConstraint::classObject() {
     using C = VDModelConstraint;
-    static const VDModelClass cls(
-        "VDModelConstraint", &VDModel::classObject(), [] { return std::static_pointer_cast<Object>(create()); },
-        {
-            field<&C::enabled, &C::setEnabled>("enabled"),
-            field<&C::multiplier, &C::setMultiplier>("multiplier"),
-            field<&C::constant, &C::setConstant>("constant"),
-        },
-        {.removedFields = {"variableID"}});
+    static const VDModelClass cls("VDModelConstraint", &VDModel::classObject(),
+                                  [] { return std::static_pointer_cast<Object>(create()); },
+                                  {
+                                      field<&C::enabled, &C::setEnabled>("enabled"),
+                                      field<&C::multiplier, &C::setMultiplier>("multiplier"),
+                                      field<&C::constant, &C::setConstant>("constant"),
+                                  },
+                                  {.removedFields = {"variableID"}});
     return cls;
 }
 

@@ -7,15 +7,15 @@ namespace velmo {
 
 const VDModelClass& VDModelFrame::classObject() {
     using C = VDModelFrame;
-    static const VDModelClass cls(
-        "VDModelFrame", &VDModel::classObject(), [] { return std::static_pointer_cast<Object>(create()); },
-        {
-            field<&C::x, &C::setX>("x"),
-            field<&C::y, &C::setY>("y"),
-            field<&C::width, &C::setWidth>("width"),
-            field<&C::height, &C::setHeight>("height"),
-        },
-        {.removedFields = {"variableID"}});
+    static const VDModelClass cls("VDModelFrame", &VDModel::classObject(),
+                                  [] { return std::static_pointer_cast<Object>(create()); },
+                                  {
+                                      field<&C::x, &C::setX>("x"),
+                                      field<&C::y, &C::setY>("y"),
+                                      field<&C::width, &C::setWidth>("width"),
+                                      field<&C::height, &C::setHeight>("height"),
+                                  },
+                                  {.removedFields = {"variableID"}});
     return cls;
 }
 
@@ -33,7 +33,8 @@ std::size_t numberHash(const VDNumber& n) {
     if (!n) return 0;
     const double d = n.doubleValue();
     double whole;
-    if (std::modf(d, &whole) == 0.0 && std::fabs(d) < 9.2e18) return static_cast<std::size_t>(static_cast<long long>(d));
+    if (std::modf(d, &whole) == 0.0 && std::fabs(d) < 9.2e18)
+        return static_cast<std::size_t>(static_cast<long long>(d));
     return std::hash<double>{}(d);
 }
 } // namespace

@@ -224,7 +224,8 @@ class VDModelView : public VDModel {
                                   const VDModelView& movedView) const;
     /// updateActionsRelativePathsRecursiveForModel:oldAbsolutePath: — on the root, after a view's
     /// absolute path changed: every action below rewrites its paths.
-    void updateActionsRelativePathsRecursiveForModel(const VDModelView& movedView, const std::string& oldAbsolutePath);
+    void updateActionsRelativePathsRecursiveForModel(const VDModelView& movedView,
+                                                     const std::string& oldAbsolutePath);
     /// A rename keeps every action's relative paths right when the view is attached.
     void setVariableID(std::optional<std::string> variableID) override;
     /// Paths made of `modelID`s (not variable names) to views; the view itself isn't in it.

@@ -12,8 +12,7 @@ class VDNumber {
 public:
     VDNumber() = default;
     template <class T>
-        requires std::is_arithmetic_v<T>
-    VDNumber(T number) : value_(number) {}
+    requires std::is_arithmetic_v<T> VDNumber(T number) : value_(number) {}
     /// Throws `std::invalid_argument` for a value that is neither a number nor nothing.
     static VDNumber fromValue(const Value& value);
 

@@ -17,11 +17,11 @@ std::shared_ptr<PlatformImage> _vv_imageFromName(const std::string& name) {
     // Main thread only, as the interface that asks for images is.
     static std::unordered_map<std::string, std::shared_ptr<PlatformImage>> cache;
     VP_TRY
-        if (const auto cached = cache.find(name); cached != cache.end()) return cached->second;
-        auto image = PlatformImage::findInFolder(VVClientConfig::current().bundle(), name);
-        if (!image) image = PlatformImage::findInFolder(libraryResourcesFolder(), name);
-        if (image) cache.emplace(name, image);
-        return image;
+    if (const auto cached = cache.find(name); cached != cache.end()) return cached->second;
+    auto image = PlatformImage::findInFolder(VVClientConfig::current().bundle(), name);
+    if (!image) image = PlatformImage::findInFolder(libraryResourcesFolder(), name);
+    if (image) cache.emplace(name, image);
+    return image;
     VP_CATCH(nullptr)
 }
 
