@@ -182,7 +182,8 @@ bool VPZipArchive::isPasswordValidForArchiveAtPath(const std::string& path, cons
         const ZipResult read = input.read(buffer, sizeof buffer, count);
         if (read == ZipResult::Ok) return true;
         // Bytes that don't decrypt: a password that passed the cipher's quick check by chance.
-        if (read == ZipResult::DataError || read == ZipResult::CrcError) return false;
+        // A checksum that fails is damage, not a wrong password, and is reported below.
+        if (read == ZipResult::DataError) return false;
         setError(error,
                  errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {}, input.lastMessage()));
         return false;
@@ -270,13 +271,8 @@ bool VPZipArchive::unzipFileAtPath(const std::string& path, const std::string& d
     VPErrorPtr failure;
     bool success = false;
     bool opened = false;
-    std::error_code ec;
     if (path.empty() || destination.empty()) {
         failure = errorWithCode(VPZipArchiveErrorCode::InvalidArguments);
-    } else if (fs::exists(destination, ec) && !fs::is_directory(destination, ec)) {
-        // Every entry would fail on its own, quietly; one clear error instead.
-        failure = errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {},
-                                fmt::format("\"{}\" is not a directory", destination));
     } else {
         ZipUnpacker unpacker(
             path, destination,

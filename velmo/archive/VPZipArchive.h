@@ -37,7 +37,9 @@ enum class VPZipArchiveErrorCode : std::int64_t {
 /// Bounds on what one unpacking run writes, against archives that expand beyond reason. A run
 /// that would pass one stops with the invalid-argument error (-6): before it writes anything when
 /// the archive declares the sizes, as soon as it happens when the data exceeds what the archive
-/// declares. Inner archives get the same bounds, each on its own. No limits by default.
+/// declares. Inner archives share the run's bounds: each gets what is left of the total, what it
+/// writes counts toward it (as does the inner archive itself), and an inner archive that passes
+/// a bound ends the whole run. No limits by default.
 struct VPZipUnzipLimits {
     std::uint64_t maxEntrySize = std::numeric_limits<std::uint64_t>::max();
     std::uint64_t maxTotalSize = std::numeric_limits<std::uint64_t>::max();
@@ -109,12 +111,12 @@ class VPZipArchive {
                                 VPErrorPtr* error, VPZipArchiveDelegate* delegate,
                                 const ProgressHandler& progressHandler,
                                 const CompletionHandler& completionHandler);
-    /// The main form. An empty path or destination, or a destination that is not a directory,
-    /// fails with the invalid-argument error. Entries are written under `destination`, never outside it:
-    /// names are sanitized, and an entry that would be written through a symbolic link leading elsewhere
-    /// stops the run with the invalid-argument error. Inner archives ("*.zip" in any case) are
-    /// unpacked beside themselves and removed while `nestedZipLevel` is above 0. The out error can
-    /// be set on success, when a symbolic link could not be made.
+    /// The main form. An empty path or destination fails with the invalid-argument error, an archive
+    /// that doesn't open with -1, then a destination that is not a directory with -6. Entries are written
+    /// under `destination`, never outside it: names are sanitized, and an entry that would be written through
+    /// a symbolic link leading elsewhere stops the run with the invalid-argument error. Inner archives
+    /// ("*.zip" in any case) are unpacked beside themselves and removed while `nestedZipLevel` is above 0.
+    /// The out error can be set on success, when a symbolic link could not be made.
     // unzipFileAtPath:toDestination:preserveAttributes:overwrite:nestedZipLevel:password:error:delegate:progressHandler:completionHandler:
     static bool unzipFileAtPath(const std::string& path, const std::string& destination,
                                 bool preserveAttributes, bool overwrite, int nestedZipLevel,
