@@ -62,8 +62,13 @@ class VPZipArchive {
     /// (archive path, success, error); the path is empty when the archive never opened.
     using CompletionHandler =
         std::function<void(const std::string& path, bool succeeded, const VPErrorPtr& error)>;
-    /// (entries done, entries in total) while writing an archive.
-    using WriteProgressHandler = std::function<void(std::uint64_t entryNumber, std::uint64_t total)>;
+    /// (paths done, paths in total) while writing an archive, once for each path as it is added.
+    using WriteProgressHandler = std::function<void(std::uint64_t done, std::uint64_t total)>;
+    /// (entries written, entries in the archive) while `close` writes the archive, which is where
+    /// the time goes: files are read and compressed there, not when added. Entries, not paths: a
+    /// folder that holds something adds none, and a file left out lowers the total. Called as each
+    /// entry is finished, rising, and last with (total, total).
+    using CompressionProgressHandler = std::function<void(std::uint64_t written, std::uint64_t total)>;
 
     using UnzipLimits = VPZipUnzipLimits;
 
@@ -134,9 +139,11 @@ class VPZipArchive {
     static bool createZipFileAtPath(const std::string& path, const std::vector<std::string>& filePaths,
                                     const std::string& password);
     /// The full form of the above, with the writing options of a directory and the first failure.
+    /// Two files of the same name: the second fails, alone.
     static bool createZipFileAtPath(const std::string& path, const std::vector<std::string>& filePaths,
                                     int compressionLevel, const std::string& password, bool aes,
-                                    const WriteProgressHandler& progressHandler, VPErrorPtr* error = nullptr);
+                                    const WriteProgressHandler& progressHandler, VPErrorPtr* error = nullptr,
+                                    const CompressionProgressHandler& compressionProgressHandler = {});
 
     /// The directory's contents, recursively, in name order; with `keepParentDirectory` under the
     /// directory's own name. Sub-directories get an entry of their own only when empty. The keyword
@@ -170,12 +177,11 @@ class VPZipArchive {
     /// Level -1 is the default (6), 0 stores, 1 to 9 deflate. With a password, entries are
     /// encrypted with AES-256, or with the traditional cipher when `aes` is false.
     // createZipFileAtPath:withContentsOfDirectory:keepParentDirectory:compressionLevel:password:AES:progressHandler:
-    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path,
-                                                           const std::string& directoryPath,
-                                                           bool keepParentDirectory, int compressionLevel,
-                                                           const std::string& password, bool aes,
-                                                           const WriteProgressHandler& progressHandler,
-                                                           VPErrorPtr* error = nullptr);
+    static bool createZipFileAtPathWithContentsOfDirectory(
+        const std::string& path, const std::string& directoryPath, bool keepParentDirectory,
+        int compressionLevel, const std::string& password, bool aes,
+        const WriteProgressHandler& progressHandler, VPErrorPtr* error = nullptr,
+        const CompressionProgressHandler& compressionProgressHandler = {});
 
     // ---- writing: an instance
 
@@ -210,8 +216,11 @@ class VPZipArchive {
     // writeData:filename:compressionLevel:password:AES:
     bool writeData(std::string_view data, const std::string& filename, int compressionLevel,
                    const std::string& password, bool aes);
-    /// Compresses and writes every entry. Entries are read from their files here, not when added.
-    bool close();
+    /// Compresses and writes every entry. Entries are read from their files here, not when added:
+    /// a file that can no longer be read is left out and logged, the rest is written, and the
+    /// result is false with that file's error. An exception from the handler cancels what is left
+    /// of the writing and is thrown again.
+    bool close(const CompressionProgressHandler& compressionProgressHandler = {});
 
     /// Why the last operation failed; nullptr after a success.
     const VPErrorPtr& lastError() const { return lastError_; }
@@ -233,8 +242,6 @@ class VPZipArchive {
     std::string path_;
     std::unique_ptr<ZipOutput> output_;
     VPErrorPtr lastError_;
-    /// Set by the class operations to hear of entries as `close` writes them.
-    WriteProgressHandler entriesWritten_;
 };
 
 } // namespace velmo
