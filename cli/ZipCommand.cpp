@@ -21,21 +21,20 @@ namespace fs = std::filesystem;
 /// "Zipping 12/40" on one line of a terminal; nothing when standard error is not a terminal.
 class TerminalProgress {
   public:
-    explicit TerminalProgress(std::string verb)
-        : verb_(std::move(verb)), enabled_(::isatty(STDERR_FILENO) == 1) {}
+    TerminalProgress() : enabled_(::isatty(STDERR_FILENO) == 1) {}
     ~TerminalProgress() {
         if (shown_) fmt::print(stderr, "\n");
     }
 
-    void update(std::uint64_t done, std::uint64_t total) {
+    void update(const char* verb, std::uint64_t done, std::uint64_t total) {
         if (!enabled_) return;
-        fmt::print(stderr, "\r{} {}/{}", verb_, done, total);
+        // Padded, so a shorter line covers a longer one.
+        fmt::print(stderr, "\r{:<40}", fmt::format("{} {}/{}", verb, done, total));
         std::fflush(stderr);
         shown_ = true;
     }
 
   private:
-    std::string verb_;
     bool enabled_;
     bool shown_ = false;
 };
@@ -87,17 +86,21 @@ int runZip(const ZipOptions& o) {
     std::uint64_t entries = 0;
     bool ok = false;
     {
-        TerminalProgress progress("Zipping");
-        const auto onProgress = [&](std::uint64_t done, std::uint64_t total) {
+        TerminalProgress progress;
+        // Adding is quick; the entries are compressed and written when the archive is closed.
+        const auto onPath = [&](std::uint64_t done, std::uint64_t total) {
             entries = done;
-            progress.update(done, total);
+            progress.update("Adding", done, total);
+        };
+        const auto onEntry = [&](std::uint64_t written, std::uint64_t total) {
+            progress.update("Compressing", written, total);
         };
         ok = directory
                  ? VPZipArchive::createZipFileAtPathWithContentsOfDirectory(o.output, o.paths.front(),
                                                                             o.keepParent, o.level, o.password,
-                                                                            !o.noAes, onProgress, &error)
-                 : VPZipArchive::createZipFileAtPath(o.output, o.paths, o.level, o.password, !o.noAes,
-                                                     onProgress, &error);
+                                                                            !o.noAes, onPath, &error, onEntry)
+                 : VPZipArchive::createZipFileAtPath(o.output, o.paths, o.level, o.password, !o.noAes, onPath,
+                                                     &error, onEntry);
     }
     if (!ok) {
         fmt::print(stderr, "velmo: {}\n", messageOf(error, "could not write " + o.output));
@@ -117,12 +120,13 @@ int runUnzip(const UnzipOptions& o) {
     std::int64_t entries = 0;
     bool ok = false;
     {
-        TerminalProgress progress("Unzipping");
+        TerminalProgress progress;
         ok = VPZipArchive::unzipFileAtPath(
             o.archive, o.destination, !o.noAttributes, !o.noOverwrite, o.nested, o.password, &error, nullptr,
             [&](const std::string&, const VPZipFileInfo&, std::int64_t index, std::int64_t total) {
                 ++entries;
-                progress.update(static_cast<std::uint64_t>(index + 1), static_cast<std::uint64_t>(total));
+                progress.update("Unzipping", static_cast<std::uint64_t>(index + 1),
+                                static_cast<std::uint64_t>(total));
             },
             {});
     }

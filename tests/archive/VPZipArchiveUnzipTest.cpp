@@ -266,6 +266,16 @@ TEST(VPZipArchiveUnzip, PasswordsForAesAndTraditionalEncryption) {
     writeTestArchive(tmp / "open.zip", {{.name = "a", .content = "a"}});
     EXPECT_FALSE(VPZipArchive::isFilePasswordProtectedAtPath((tmp / "open.zip").string()));
     EXPECT_TRUE(VPZipArchive::isPasswordValidForArchiveAtPath((tmp / "open.zip").string(), "any"));
+
+    // Damage is no wrong password: an empty entry whose recorded checksum isn't 0 fails on its
+    // first read, under the right password.
+    writeTestArchive(tmp / "damaged.zip", {{.name = "e", .store = true, .password = "pw", .aes = false}});
+    std::string bytes = readFile(tmp / "damaged.zip");
+    bytes[bytes.find("PK\1\2") + 16] = 1;
+    writeFile(tmp / "damaged.zip", bytes);
+    VPErrorPtr error;
+    EXPECT_FALSE(VPZipArchive::isPasswordValidForArchiveAtPath((tmp / "damaged.zip").string(), "pw", &error));
+    EXPECT_EQ(codeOf(error), -4);
 }
 
 TEST(VPZipArchiveUnzip, DamagedAndMissingArchivesFailWithTheirCodes) {
@@ -295,7 +305,8 @@ TEST(VPZipArchiveUnzip, DamagedAndMissingArchivesFailWithTheirCodes) {
         {"truncated.zip", "out", -1, "failed to open zip file", false},
         {"missing.zip", "out", -1, "failed to open zip file", false},
         {"good.zip", "", -6, "received invalid argument(s)", false},
-        {"good.zip", "crc.zip", -6, "received invalid argument(s)", false},
+        {"good.zip", "crc.zip", -6, "received invalid argument(s)", true},
+        {"missing.zip", "crc.zip", -1, "failed to open zip file", false},
         {"", "out", -6, "received invalid argument(s)", false},
     };
     for (const auto& c : cases) {
@@ -407,6 +418,35 @@ TEST(VPZipArchiveUnzip, SizeLimitsStopTheRunBeforeAnythingIsWritten) {
             EXPECT_EQ(codeOf(run.error), -6);
             EXPECT_FALSE(fs::exists(out));
         }
+    }
+}
+
+TEST(VPZipArchiveUnzip, InnerArchivesShareTheRunsLimits) {
+    TemporaryFolder tmp;
+    writeFile(tmp / "inner.txt", std::string(1000, 'i'));
+    ASSERT_TRUE(
+        VPZipArchive::createZipFileAtPath((tmp / "inner.zip").string(), {(tmp / "inner.txt").string()}));
+    const std::string inner = readFile(tmp / "inner.zip");
+    writeTestArchive(tmp / "outer.zip", {{.name = "one/inner.zip", .content = inner, .store = true},
+                                         {.name = "two/inner.zip", .content = inner, .store = true}});
+    // Both inner archives are written, then what each holds: all of it counts toward the total.
+    const std::uint64_t everything = 2 * inner.size() + 2000;
+    struct Case {
+        std::uint64_t maxTotal;
+        bool ok;
+        std::vector<std::string> tree;
+    };
+    const Case cases[] = {
+        {everything, true, {"one", "one/inner.txt", "two", "two/inner.txt"}},
+        // The second inner archive declares more than is left: refused before it writes anything.
+        {everything - 1, false, {"one", "one/inner.txt", "two", "two/inner.zip"}},
+    };
+    for (const auto& c : cases) {
+        const fs::path out = tmp / std::to_string(c.maxTotal);
+        const Outcome run = unzip(tmp / "outer.zip", out, true, "", 1, nullptr, {.maxTotalSize = c.maxTotal});
+        EXPECT_EQ(run.ok, c.ok) << c.maxTotal;
+        EXPECT_EQ(codeOf(run.error), c.ok ? 0 : -6) << c.maxTotal;
+        EXPECT_EQ(treeOf(out), c.tree) << c.maxTotal;
     }
 }
 

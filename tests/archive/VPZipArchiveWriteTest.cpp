@@ -34,20 +34,22 @@ fs::path makeTree(const fs::path& root) {
 TEST(VPZipArchiveWrite, FilesGoInUnderTheirLastComponentAndAFailureDoesNotStopTheOthers) {
     TemporaryFolder tmp;
     makeTree(tmp / "tree");
+    writeFile(tmp / "other/a.txt", "same name");
     const std::vector<std::string> files = {(tmp / "tree/a.txt").string(), (tmp / "missing.txt").string(),
+                                            (tmp / "other/a.txt").string(),
                                             (tmp / "tree/sub/b.txt").string()};
     VPErrorPtr error;
     std::vector<std::uint64_t> progress;
     EXPECT_FALSE(VPZipArchive::createZipFileAtPath((tmp / "f.zip").string(), files, -1, "", true,
                                                    [&](std::uint64_t done, std::uint64_t total) {
-                                                       EXPECT_EQ(total, 3u);
+                                                       EXPECT_EQ(total, 4u);
                                                        progress.push_back(done);
                                                    },
                                                    &error));
     ASSERT_NE(error, nullptr);
     EXPECT_EQ(error->domain(), kNSPOSIXErrorDomain);
     EXPECT_EQ(error->code(), ENOENT);
-    EXPECT_EQ(progress, (std::vector<std::uint64_t>{1, 2, 3}));
+    EXPECT_EQ(progress, (std::vector<std::uint64_t>{1, 2, 3, 4}));
     EXPECT_EQ(entryNames(tmp / "f.zip"), (std::vector<std::string>{"a.txt", "b.txt"}));
 
     ASSERT_TRUE(VPZipArchive::unzipFileAtPath((tmp / "f.zip").string(), (tmp / "out").string()));
@@ -75,18 +77,60 @@ TEST(VPZipArchiveWrite, DirectoriesWithAndWithoutTheirParent) {
     };
     for (const auto& c : cases) {
         const fs::path archive = tmp / (c.directory + (c.keepParent ? "-kept.zip" : ".zip"));
-        std::vector<std::uint64_t> progress;
+        std::vector<std::uint64_t> paths;
+        std::vector<std::uint64_t> written;
         EXPECT_TRUE(VPZipArchive::createZipFileAtPathWithContentsOfDirectory(
-            archive.string(), (tmp / c.directory).string() + "/", c.keepParent, "",
-            [&](std::uint64_t done, std::uint64_t) { progress.push_back(done); }));
+            archive.string(), (tmp / c.directory).string() + "/", c.keepParent, -1, "", true,
+            [&](std::uint64_t done, std::uint64_t total) {
+                EXPECT_FALSE(fs::exists(archive))
+                    << "told as each path is added, before the archive is written";
+                EXPECT_EQ(done, paths.size() + 1);
+                paths.push_back(total);
+            },
+            nullptr,
+            [&](std::uint64_t done, std::uint64_t total) {
+                EXPECT_EQ(total, c.names.size());
+                EXPECT_GT(done, written.empty() ? 0 : written.back());
+                written.push_back(done);
+            }));
         EXPECT_EQ(entryNames(archive), c.names) << archive;
+        // Every path is counted, folders that hold something too; entries are counted apart.
+        const std::size_t pathCount = c.directory == "tree" ? 6 : c.keepParent;
+        EXPECT_EQ(paths, std::vector<std::uint64_t>(pathCount, pathCount)) << archive;
         if (!c.names.empty()) {
-            EXPECT_EQ(progress.back(), progress.size()) << archive;
+            EXPECT_EQ(written.back(), c.names.size()) << archive;
         }
     }
     ASSERT_TRUE(VPZipArchive::unzipFileAtPath((tmp / "tree-kept.zip").string(), (tmp / "out").string()));
     EXPECT_EQ(treeOf(tmp / "out/tree"), treeOf(tmp / "tree"));
     EXPECT_EQ(readFile(tmp / "out/tree/sub/deeper/c.txt"), "charlie");
+}
+
+TEST(VPZipArchiveWrite, AFileGoneBeforeCloseIsLeftOutAndTheRestWritten) {
+    TemporaryFolder tmp;
+    makeTree(tmp / "tree");
+    VPZipArchive archive((tmp / "gone.zip").string());
+    ASSERT_TRUE(archive.open());
+    ASSERT_TRUE(archive.writeFile((tmp / "tree/a.txt").string(), ""));
+    ASSERT_TRUE(archive.writeFile((tmp / "tree/sub/b.txt").string(), ""));
+    ASSERT_TRUE(archive.writeData("data", "data.bin", ""));
+    fs::remove(tmp / "tree/a.txt");
+    EXPECT_FALSE(archive.close());
+    ASSERT_NE(archive.lastError(), nullptr);
+    EXPECT_EQ(archive.lastError()->code(), ENOENT);
+    EXPECT_EQ(entryNames(tmp / "gone.zip"), (std::vector<std::string>{"b.txt", "data.bin"}));
+    ASSERT_TRUE(VPZipArchive::unzipFileAtPath((tmp / "gone.zip").string(), (tmp / "out").string()));
+    EXPECT_EQ(readFile(tmp / "out/b.txt"), "bravo");
+}
+
+TEST(VPZipArchiveWrite, AnExceptionFromTheCompressionHandlerReachesTheCallerAndLeavesNoArchive) {
+    TemporaryFolder tmp;
+    makeTree(tmp / "tree");
+    EXPECT_THROW(VPZipArchive::createZipFileAtPathWithContentsOfDirectory(
+                     (tmp / "t.zip").string(), (tmp / "tree").string(), false, -1, "", true, {}, nullptr,
+                     [](std::uint64_t, std::uint64_t) { throw std::runtime_error("stop"); }),
+                 std::runtime_error);
+    EXPECT_FALSE(fs::exists(tmp / "t.zip"));
 }
 
 TEST(VPZipArchiveWrite, AnArchiveInsideTheDirectoryIsNotZippedIntoItself) {

@@ -45,13 +45,3 @@ TEST(ZipEntryName, SanitizedPathNeverClimbsOutOfTheDestination) {
         EXPECT_EQ(ZipEntryName::sanitizedPath(name), expected) << name;
     }
 }
-
-TEST(ZipEntryName, DirectoriesAndMetadataAreToldByName) {
-    EXPECT_TRUE(ZipEntryName::isDirectory("a/"));
-    EXPECT_TRUE(ZipEntryName::isDirectory("a\\"));
-    EXPECT_FALSE(ZipEntryName::isDirectory("a"));
-    EXPECT_FALSE(ZipEntryName::isDirectory(""));
-    EXPECT_TRUE(ZipEntryName::isMacOSXMetadata("__MACOSX/._a"));
-    EXPECT_FALSE(ZipEntryName::isMacOSXMetadata("x/__MACOSX/._a"));
-    EXPECT_FALSE(ZipEntryName::isMacOSXMetadata("__MACOSX"));
-}

@@ -47,34 +47,21 @@ void setError(VPErrorPtr* out, VPErrorPtr error) {
     if (out) *out = std::move(error);
 }
 
-/// Tells a writing progress handler of the paths handled, as `close` writes the entries they
-/// added: the bytes are compressed there, so that is when the work is done.
-class PathProgress {
-  public:
-    PathProgress(std::uint64_t total, const VPZipArchive::WriteProgressHandler& handler)
-        : total_(total), handler_(handler) {}
+/// An error of the platform's errno domain about one file.
+VPErrorPtr fileError(int code, const std::string& path) {
+    return VPError::withDescription(kNSPOSIXErrorDomain, code,
+                                    fmt::format("\"{}\": {}", path, std::strerror(code)));
+}
 
-    void pathHandled(bool addedEntry) {
-        ++handled_;
-        if (addedEntry) milestones_.push_back(handled_);
-    }
-    void entriesWritten(std::uint64_t written) {
-        if (written > 0 && written <= milestones_.size()) reportUpTo(milestones_[written - 1]);
-    }
-    void finished() { reportUpTo(handled_); }
+/// The steps of writing one archive: true only if each succeeded, with the first failure's error.
+struct WriteSteps {
+    bool success = true;
+    VPErrorPtr firstError;
 
-  private:
-    void reportUpTo(std::uint64_t count) {
-        if (!handler_) return;
-        while (reported_ < count)
-            handler_(++reported_, total_);
+    void add(bool ok, const VPErrorPtr& error) {
+        if (!ok && !firstError) firstError = error;
+        success = success && ok;
     }
-
-    std::uint64_t total_;
-    const VPZipArchive::WriteProgressHandler& handler_;
-    std::uint64_t handled_ = 0;
-    std::uint64_t reported_ = 0;
-    std::vector<std::uint64_t> milestones_;
 };
 
 /// Every path below `directory`, relative to it, parents before children, in name order.
@@ -89,9 +76,7 @@ bool listSubpaths(const fs::path& directory, const fs::path& relative, std::vect
     bool ok = true;
     if (ec) {
         ok = false;
-        if (!error)
-            error = VPError::withDescription(kNSPOSIXErrorDomain, ec.value(),
-                                             (directory / relative).string() + ": " + ec.message());
+        if (!error) error = fileError(ec.value(), (directory / relative).string());
     }
     std::sort(names.begin(), names.end());
     for (const auto& name : names) {
@@ -182,7 +167,8 @@ bool VPZipArchive::isPasswordValidForArchiveAtPath(const std::string& path, cons
         const ZipResult read = input.read(buffer, sizeof buffer, count);
         if (read == ZipResult::Ok) return true;
         // Bytes that don't decrypt: a password that passed the cipher's quick check by chance.
-        if (read == ZipResult::DataError || read == ZipResult::CrcError) return false;
+        // A checksum that fails is damage, not a wrong password, and is reported below.
+        if (read == ZipResult::DataError) return false;
         setError(error,
                  errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {}, input.lastMessage()));
         return false;
@@ -270,13 +256,8 @@ bool VPZipArchive::unzipFileAtPath(const std::string& path, const std::string& d
     VPErrorPtr failure;
     bool success = false;
     bool opened = false;
-    std::error_code ec;
     if (path.empty() || destination.empty()) {
         failure = errorWithCode(VPZipArchiveErrorCode::InvalidArguments);
-    } else if (fs::exists(destination, ec) && !fs::is_directory(destination, ec)) {
-        // Every entry would fail on its own, quietly; one clear error instead.
-        failure = errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {},
-                                fmt::format("\"{}\" is not a directory", destination));
     } else {
         ZipUnpacker unpacker(
             path, destination,
@@ -303,7 +284,8 @@ bool VPZipArchive::createZipFileAtPath(const std::string& path, const std::vecto
 
 bool VPZipArchive::createZipFileAtPath(const std::string& path, const std::vector<std::string>& filePaths,
                                        int compressionLevel, const std::string& password, bool aes,
-                                       const WriteProgressHandler& progressHandler, VPErrorPtr* error) {
+                                       const WriteProgressHandler& progressHandler, VPErrorPtr* error,
+                                       const CompressionProgressHandler& compressionProgressHandler) {
     setError(error, nullptr);
     if (path.empty()) {
         setError(error, errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {}, "no archive path"));
@@ -314,26 +296,16 @@ bool VPZipArchive::createZipFileAtPath(const std::string& path, const std::vecto
         setError(error, archive.lastError());
         return false;
     }
-    PathProgress progress(filePaths.size(), progressHandler);
-    archive.entriesWritten_ = [&progress](std::uint64_t written, std::uint64_t) {
-        progress.entriesWritten(written);
-    };
-    bool success = true;
-    VPErrorPtr first;
-    const auto handled = [&](bool ok) {
-        if (!ok && !first) first = archive.lastError();
-        success = success && ok;
-    };
+    WriteSteps steps;
+    std::uint64_t done = 0;
     for (const auto& file : filePaths) {
-        const bool ok = archive.writeFileAtPath(file, std::string(), compressionLevel, password, aes);
-        handled(ok);
-        progress.pathHandled(ok);
+        steps.add(archive.writeFileAtPath(file, std::string(), compressionLevel, password, aes),
+                  archive.lastError());
+        if (progressHandler) progressHandler(++done, filePaths.size());
     }
-    const bool closed = archive.close();
-    handled(closed);
-    if (closed) progress.finished();
-    setError(error, first);
-    return success;
+    steps.add(archive.close(compressionProgressHandler), archive.lastError());
+    setError(error, steps.firstError);
+    return steps.success;
 }
 
 bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(const std::string& path,
@@ -379,7 +351,8 @@ bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(const std::string&
 
 bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(
     const std::string& path, const std::string& directoryPath, bool keepParentDirectory, int compressionLevel,
-    const std::string& password, bool aes, const WriteProgressHandler& progressHandler, VPErrorPtr* error) {
+    const std::string& password, bool aes, const WriteProgressHandler& progressHandler, VPErrorPtr* error,
+    const CompressionProgressHandler& compressionProgressHandler) {
     setError(error, nullptr);
     std::error_code ec;
     if (path.empty() || !fs::is_directory(directoryPath, ec)) {
@@ -392,17 +365,14 @@ bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(
         setError(error, archive.lastError());
         return false;
     }
-    VPErrorPtr first;
+    WriteSteps steps;
     std::vector<fs::path> subpaths;
-    bool success = listSubpaths(directoryPath, fs::path(), subpaths, first);
+    steps.success = listSubpaths(directoryPath, fs::path(), subpaths, steps.firstError);
     if (keepParentDirectory && subpaths.empty()) subpaths.emplace_back();
 
     const fs::path archiveRealPath = fs::weakly_canonical(path, ec);
     const std::string parentName = lastPathComponent(directoryPath);
-    PathProgress progress(subpaths.size(), progressHandler);
-    archive.entriesWritten_ = [&progress](std::uint64_t written, std::uint64_t) {
-        progress.entriesWritten(written);
-    };
+    std::uint64_t done = 0;
     for (const auto& sub : subpaths) {
         const fs::path fullPath = sub.empty() ? fs::path(directoryPath) : fs::path(directoryPath) / sub;
         if (fs::weakly_canonical(fullPath, ec) == archiveRealPath) {
@@ -413,25 +383,17 @@ bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(
         }
         const std::string name =
             keepParentDirectory ? (fs::path(parentName) / sub).generic_string() : sub.generic_string();
-        bool ok = true;
-        bool added = false;
-        if (fs::is_directory(fullPath, ec)) {
-            if (fs::is_empty(fullPath, ec)) ok = added = archive.writeFolderAtPath(fullPath, name, password);
-        } else {
-            ok = added = archive.writeFileAtPath(fullPath, name, compressionLevel, password, aes);
+        if (!fs::is_directory(fullPath, ec)) {
+            steps.add(archive.writeFileAtPath(fullPath, name, compressionLevel, password, aes),
+                      archive.lastError());
+        } else if (fs::is_empty(fullPath, ec)) {
+            steps.add(archive.writeFolderAtPath(fullPath, name, password), archive.lastError());
         }
-        if (!ok && !first) first = archive.lastError();
-        success = success && ok;
-        progress.pathHandled(added);
+        if (progressHandler) progressHandler(++done, subpaths.size());
     }
-    if (archive.close()) {
-        progress.finished();
-    } else {
-        success = false;
-        if (!first) first = archive.lastError();
-    }
-    setError(error, first);
-    return success;
+    steps.add(archive.close(compressionProgressHandler), archive.lastError());
+    setError(error, steps.firstError);
+    return steps.success;
 }
 
 // ---- writing: an instance
@@ -457,9 +419,7 @@ bool VPZipArchive::writeFolderAtPath(const std::string& path, const std::string&
                                      const std::string& password) {
     if (!checkWritable(-1)) return false;
     struct stat st;
-    if (::stat(path.c_str(), &st) != 0) {
-        return fail(posixError(errno, fmt::format("\"{}\": {}", path, std::strerror(errno))));
-    }
+    if (::stat(path.c_str(), &st) != 0) return fail(fileError(errno, path));
     ZipOutput::EntryOptions options;
     options.password = password;
     options.dosDate = DosDate::dosDateFromTime(st.st_mtime);
@@ -482,12 +442,13 @@ bool VPZipArchive::writeFileAtPath(const std::string& path, const std::string& f
     if (!checkWritable(compressionLevel)) return false;
     // Opened here, so a file that can't be read fails now, alone, rather than the whole archive at `close`.
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return fail(posixError(errno, fmt::format("\"{}\": {}", path, std::strerror(errno))));
+    if (fd < 0) return fail(fileError(errno, path));
     struct stat st;
-    const bool statted = ::fstat(fd, &st) == 0;
+    const int statError = ::fstat(fd, &st) == 0 ? 0 : errno;
     ::close(fd);
-    if (!statted || !S_ISREG(st.st_mode)) {
-        return fail(posixError(statted ? EINVAL : errno, fmt::format("\"{}\" is not a regular file", path)));
+    if (statError != 0) return fail(fileError(statError, path));
+    if (!S_ISREG(st.st_mode)) {
+        return fail(posixError(EINVAL, fmt::format("\"{}\" is not a regular file", path)));
     }
     ZipOutput::EntryOptions options{compressionLevel, password, aes, 0,
                                     static_cast<std::uint32_t>((st.st_mode & 07777) | S_IFREG)};
@@ -507,13 +468,19 @@ bool VPZipArchive::writeData(std::string_view data, const std::string& filename,
     return added(output_->addData(filename, data, options), filename);
 }
 
-bool VPZipArchive::close() {
+bool VPZipArchive::close(const CompressionProgressHandler& compressionProgressHandler) {
     if (!output_->isOpen()) {
         return fail(errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {}, "the archive is not open"));
     }
-    if (output_->close(entriesWritten_) != ZipResult::Ok) {
+    if (output_->close(compressionProgressHandler) != ZipResult::Ok) {
         return fail(errorWithCode(VPZipArchiveErrorCode::FailedToWriteFile, {}, output_->lastMessage()));
     }
+    const auto& dropped = output_->droppedFiles();
+    for (const auto& file : dropped) {
+        SystemLog::log(fmt::format("[VPZipArchive] \"{}\" is left out of the archive: {}", file.sourcePath,
+                                   std::strerror(file.error)));
+    }
+    if (!dropped.empty()) return fail(fileError(dropped.front().error, dropped.front().sourcePath));
     lastError_ = nullptr;
     return true;
 }
@@ -540,8 +507,10 @@ bool VPZipArchive::added(ZipResult result, const std::string& name) {
         lastError_ = nullptr;
         return true;
     }
-    return fail(errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {},
-                              fmt::format("can't add \"{}\": {}", name, output_->lastMessage())));
+    // A name already taken lands here too: the later file fails, alone.
+    const std::string reason = fmt::format("can't add \"{}\": {}", name, output_->lastMessage());
+    SystemLog::log("[VPZipArchive] " + reason);
+    return fail(errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {}, reason));
 }
 
 } // namespace velmo

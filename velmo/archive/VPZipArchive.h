@@ -37,7 +37,9 @@ enum class VPZipArchiveErrorCode : std::int64_t {
 /// Bounds on what one unpacking run writes, against archives that expand beyond reason. A run
 /// that would pass one stops with the invalid-argument error (-6): before it writes anything when
 /// the archive declares the sizes, as soon as it happens when the data exceeds what the archive
-/// declares. Inner archives get the same bounds, each on its own. No limits by default.
+/// declares. Inner archives share the run's bounds: each gets what is left of the total, what it
+/// writes counts toward it (as does the inner archive itself), and an inner archive that passes
+/// a bound ends the whole run. No limits by default.
 struct VPZipUnzipLimits {
     std::uint64_t maxEntrySize = std::numeric_limits<std::uint64_t>::max();
     std::uint64_t maxTotalSize = std::numeric_limits<std::uint64_t>::max();
@@ -60,8 +62,13 @@ class VPZipArchive {
     /// (archive path, success, error); the path is empty when the archive never opened.
     using CompletionHandler =
         std::function<void(const std::string& path, bool succeeded, const VPErrorPtr& error)>;
-    /// (entries done, entries in total) while writing an archive.
-    using WriteProgressHandler = std::function<void(std::uint64_t entryNumber, std::uint64_t total)>;
+    /// (paths done, paths in total) while writing an archive, once for each path as it is added.
+    using WriteProgressHandler = std::function<void(std::uint64_t done, std::uint64_t total)>;
+    /// (entries written, entries in the archive) while `close` writes the archive, which is where
+    /// the time goes: files are read and compressed there, not when added. Entries, not paths: a
+    /// folder that holds something adds none, and a file left out lowers the total. Called as each
+    /// entry is finished, rising, and last with (total, total).
+    using CompressionProgressHandler = std::function<void(std::uint64_t written, std::uint64_t total)>;
 
     using UnzipLimits = VPZipUnzipLimits;
 
@@ -109,12 +116,12 @@ class VPZipArchive {
                                 VPErrorPtr* error, VPZipArchiveDelegate* delegate,
                                 const ProgressHandler& progressHandler,
                                 const CompletionHandler& completionHandler);
-    /// The main form. An empty path or destination, or a destination that is not a directory,
-    /// fails with the invalid-argument error. Entries are written under `destination`, never outside it:
-    /// names are sanitized, and an entry that would be written through a symbolic link leading elsewhere
-    /// stops the run with the invalid-argument error. Inner archives ("*.zip" in any case) are
-    /// unpacked beside themselves and removed while `nestedZipLevel` is above 0. The out error can
-    /// be set on success, when a symbolic link could not be made.
+    /// The main form. An empty path or destination fails with the invalid-argument error, an archive
+    /// that doesn't open with -1, then a destination that is not a directory with -6. Entries are written
+    /// under `destination`, never outside it: names are sanitized, and an entry that would be written through
+    /// a symbolic link leading elsewhere stops the run with the invalid-argument error. Inner archives
+    /// ("*.zip" in any case) are unpacked beside themselves and removed while `nestedZipLevel` is above 0.
+    /// The out error can be set on success, when a symbolic link could not be made.
     // unzipFileAtPath:toDestination:preserveAttributes:overwrite:nestedZipLevel:password:error:delegate:progressHandler:completionHandler:
     static bool unzipFileAtPath(const std::string& path, const std::string& destination,
                                 bool preserveAttributes, bool overwrite, int nestedZipLevel,
@@ -132,9 +139,11 @@ class VPZipArchive {
     static bool createZipFileAtPath(const std::string& path, const std::vector<std::string>& filePaths,
                                     const std::string& password);
     /// The full form of the above, with the writing options of a directory and the first failure.
+    /// Two files of the same name: the second fails, alone.
     static bool createZipFileAtPath(const std::string& path, const std::vector<std::string>& filePaths,
                                     int compressionLevel, const std::string& password, bool aes,
-                                    const WriteProgressHandler& progressHandler, VPErrorPtr* error = nullptr);
+                                    const WriteProgressHandler& progressHandler, VPErrorPtr* error = nullptr,
+                                    const CompressionProgressHandler& compressionProgressHandler = {});
 
     /// The directory's contents, recursively, in name order; with `keepParentDirectory` under the
     /// directory's own name. Sub-directories get an entry of their own only when empty. The keyword
@@ -168,12 +177,11 @@ class VPZipArchive {
     /// Level -1 is the default (6), 0 stores, 1 to 9 deflate. With a password, entries are
     /// encrypted with AES-256, or with the traditional cipher when `aes` is false.
     // createZipFileAtPath:withContentsOfDirectory:keepParentDirectory:compressionLevel:password:AES:progressHandler:
-    static bool createZipFileAtPathWithContentsOfDirectory(const std::string& path,
-                                                           const std::string& directoryPath,
-                                                           bool keepParentDirectory, int compressionLevel,
-                                                           const std::string& password, bool aes,
-                                                           const WriteProgressHandler& progressHandler,
-                                                           VPErrorPtr* error = nullptr);
+    static bool createZipFileAtPathWithContentsOfDirectory(
+        const std::string& path, const std::string& directoryPath, bool keepParentDirectory,
+        int compressionLevel, const std::string& password, bool aes,
+        const WriteProgressHandler& progressHandler, VPErrorPtr* error = nullptr,
+        const CompressionProgressHandler& compressionProgressHandler = {});
 
     // ---- writing: an instance
 
@@ -208,8 +216,11 @@ class VPZipArchive {
     // writeData:filename:compressionLevel:password:AES:
     bool writeData(std::string_view data, const std::string& filename, int compressionLevel,
                    const std::string& password, bool aes);
-    /// Compresses and writes every entry. Entries are read from their files here, not when added.
-    bool close();
+    /// Compresses and writes every entry. Entries are read from their files here, not when added:
+    /// a file that can no longer be read is left out and logged, the rest is written, and the
+    /// result is false with that file's error. An exception from the handler cancels what is left
+    /// of the writing and is thrown again.
+    bool close(const CompressionProgressHandler& compressionProgressHandler = {});
 
     /// Why the last operation failed; nullptr after a success.
     const VPErrorPtr& lastError() const { return lastError_; }
@@ -231,8 +242,6 @@ class VPZipArchive {
     std::string path_;
     std::unique_ptr<ZipOutput> output_;
     VPErrorPtr lastError_;
-    /// Set by the class operations to hear of entries as `close` writes them.
-    WriteProgressHandler entriesWritten_;
 };
 
 } // namespace velmo

@@ -1,11 +1,14 @@
 #include "velmo/archive/ZipOutput.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <zip.h>
@@ -23,16 +26,27 @@ struct CloseProgressState {
     const ZipOutput::CloseProgress* progress;
     std::uint64_t total;
     std::uint64_t reported;
+    /// The handler's exception, kept until the library has returned: none may cross its C frames.
+    std::exception_ptr exception;
 };
 
 // The library reports the share of the whole job done; each entry is an equal slice of it.
 void onCloseProgress(zip_t*, double fraction, void* context) {
     auto* state = static_cast<CloseProgressState*>(context);
+    if (state->exception) return;
     const double exact = fraction * static_cast<double>(state->total) + 1e-6;
     const auto written = std::min(state->total, static_cast<std::uint64_t>(std::floor(std::max(exact, 0.0))));
     if (written <= state->reported) return;
     state->reported = written;
-    (*state->progress)(written, state->total);
+    try {
+        (*state->progress)(written, state->total);
+    } catch (...) {
+        state->exception = std::current_exception();
+    }
+}
+
+int onCloseCancel(zip_t*, void* context) {
+    return static_cast<CloseProgressState*>(context)->exception ? 1 : 0;
 }
 
 } // namespace
@@ -40,6 +54,8 @@ void onCloseProgress(zip_t*, double fraction, void* context) {
 struct ZipOutput::Impl {
     zip_t* archive = nullptr;
     std::string path;
+    /// The entries read from files, by index: `close` may have to leave some out.
+    std::vector<std::pair<zip_uint64_t, DroppedFile>> files;
 
     ZipResult fail(zip_error_t* error, std::string& message) {
         message = zip_error_strerror(error);
@@ -76,9 +92,9 @@ struct ZipOutput::Impl {
     }
 
     ZipResult add(const std::string& name, zip_source_t* source, const EntryOptions& options,
-                  std::string& message) {
+                  std::string& message, zip_int64_t& index) {
         if (!source) return fail(zip_get_error(archive), message);
-        const zip_int64_t index = zip_file_add(archive, name.c_str(), source, ZIP_FL_ENC_UTF_8);
+        index = zip_file_add(archive, name.c_str(), source, ZIP_FL_ENC_UTF_8);
         if (index < 0) {
             zip_source_free(source);
             return fail(zip_get_error(archive), message);
@@ -113,6 +129,7 @@ ZipResult ZipOutput::open(const std::string& path) {
     }
     impl_->path = path;
     entries_ = 0;
+    dropped_.clear();
     return ZipResult::Ok;
 }
 
@@ -123,8 +140,12 @@ bool ZipOutput::isOpen() const {
 ZipResult ZipOutput::addFile(const std::string& name, const std::string& sourcePath,
                              const EntryOptions& options) {
     if (!impl_->archive) return ZipResult::InvalidArgument;
-    return counted(
-        impl_->add(name, zip_source_file(impl_->archive, sourcePath.c_str(), 0, -1), options, lastMessage_));
+    zip_int64_t index = -1;
+    const ZipResult result = impl_->add(name, zip_source_file(impl_->archive, sourcePath.c_str(), 0, -1),
+                                        options, lastMessage_, index);
+    if (result == ZipResult::Ok)
+        impl_->files.emplace_back(static_cast<zip_uint64_t>(index), DroppedFile{name, sourcePath, 0});
+    return counted(result);
 }
 
 ZipResult ZipOutput::addData(const std::string& name, std::string_view data, const EntryOptions& options) {
@@ -135,7 +156,8 @@ ZipResult ZipOutput::addData(const std::string& name, std::string_view data, con
     if (copy) std::memcpy(copy, data.data(), data.size());
     zip_source_t* source = zip_source_buffer(impl_->archive, copy, data.size(), 1);
     if (!source) std::free(copy);
-    return counted(impl_->add(name, source, options, lastMessage_));
+    zip_int64_t index = -1;
+    return counted(impl_->add(name, source, options, lastMessage_, index));
 }
 
 ZipResult ZipOutput::addDirectory(const std::string& name, const EntryOptions& options) {
@@ -148,17 +170,31 @@ ZipResult ZipOutput::addDirectory(const std::string& name, const EntryOptions& o
 ZipResult ZipOutput::close(const CloseProgress& progress) {
     zip_t* archive = impl_->archive;
     if (!archive) return ZipResult::InvalidArgument;
-    const std::uint64_t entries = entryCount();
-    CloseProgressState state{&progress, entries, 0};
-    if (progress && entries > 0) {
+    dropped_.clear();
+    CloseProgressState state{&progress, entries_, 0, nullptr};
+    if (progress && entries_ > 0) {
         zip_register_progress_callback_with_state(archive, 0.0, onCloseProgress, nullptr, &state);
+        zip_register_cancel_callback_with_state(archive, onCloseCancel, nullptr, &state);
     }
-    if (zip_close(archive) != 0) {
+    // The library reads the files only now. A failed close leaves the archive as it was, so
+    // files that went away since they were added are left out and the rest is tried again:
+    // one file doesn't cost the others.
+    while (zip_close(archive) != 0) {
+        if (state.exception) {
+            discard();
+            std::rethrow_exception(state.exception);
+        }
         const ZipResult result = impl_->fail(zip_get_error(archive), lastMessage_);
-        discard();
-        return result == ZipResult::Ok ? ZipResult::WriteError : result;
+        if (!dropUnreadableFiles()) {
+            discard();
+            return result == ZipResult::Ok ? ZipResult::WriteError : result;
+        }
+        state.total = entries_;
     }
     impl_->archive = nullptr;
+    impl_->files.clear();
+    if (state.exception) std::rethrow_exception(state.exception);
+    const std::uint64_t entries = entries_;
     if (entries == 0) {
         // The library writes no file for an archive without entries; an empty archive is its
         // end-of-directory record alone.
@@ -172,6 +208,26 @@ ZipResult ZipOutput::close(const CloseProgress& progress) {
     return ZipResult::Ok;
 }
 
+bool ZipOutput::dropUnreadableFiles() {
+    const std::size_t before = dropped_.size();
+    auto& files = impl_->files;
+    for (auto it = files.begin(); it != files.end();) {
+        const int fd = ::open(it->second.sourcePath.c_str(), O_RDONLY | O_CLOEXEC);
+        const int error = fd < 0 ? errno : 0;
+        if (fd >= 0) ::close(fd);
+        if (error == 0) {
+            ++it;
+            continue;
+        }
+        zip_delete(impl_->archive, it->first);
+        --entries_;
+        dropped_.push_back(std::move(it->second));
+        dropped_.back().error = error;
+        it = files.erase(it);
+    }
+    return dropped_.size() > before;
+}
+
 ZipResult ZipOutput::counted(ZipResult result) {
     if (result == ZipResult::Ok) ++entries_;
     return result;
@@ -180,6 +236,7 @@ ZipResult ZipOutput::counted(ZipResult result) {
 void ZipOutput::discard() {
     if (impl_->archive) zip_discard(impl_->archive);
     impl_->archive = nullptr;
+    impl_->files.clear();
 }
 
 } // namespace velmo

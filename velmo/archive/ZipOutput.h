@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "velmo/archive/ZipResult.h"
 
@@ -12,7 +13,8 @@ namespace velmo {
 
 /// An archive being written: the archive wrapper's only way into the ZIP library for writing.
 /// Entries are recorded as they are added; their bytes are read, compressed and written by
-/// `close`, one source file open at a time.
+/// `close`, one source file open at a time. A file that can no longer be read by then is left
+/// out, and the rest is written.
 class ZipOutput {
   public:
     struct EntryOptions {
@@ -30,6 +32,12 @@ class ZipOutput {
     };
     /// Hears how many entries `close` has written so far, and of how many.
     using CloseProgress = std::function<void(std::uint64_t written, std::uint64_t total)>;
+    /// A file that `close` left out: its entry's name, its path and why it couldn't be read.
+    struct DroppedFile {
+        std::string name;
+        std::string sourcePath;
+        int error = 0;
+    };
 
     ZipOutput();
     ~ZipOutput();
@@ -48,19 +56,27 @@ class ZipOutput {
     /// An entry of `name` plus "/" with no content, never encrypted: there is nothing to protect.
     ZipResult addDirectory(const std::string& name, const EntryOptions& options);
 
+    /// Writes the archive. Files that no longer open are dropped and the rest written: the result
+    /// is still `Ok`, and `droppedFiles` names them. An exception from `progress` stops the
+    /// writing, drops the archive and is thrown again here.
     ZipResult close(const CloseProgress& progress = {});
     /// Drops the archive unwritten.
     void discard();
 
     const std::string& lastMessage() const { return lastMessage_; }
+    /// The files the last `close` left out.
+    const std::vector<DroppedFile>& droppedFiles() const { return dropped_; }
 
   private:
     ZipResult counted(ZipResult result);
+    /// Deletes the entries whose files no longer open; false when there is none.
+    bool dropUnreadableFiles();
 
     struct Impl;
     std::unique_ptr<Impl> impl_;
     std::uint64_t entries_ = 0;
     std::string lastMessage_;
+    std::vector<DroppedFile> dropped_;
 };
 
 } // namespace velmo

@@ -40,15 +40,20 @@ bool setModificationDate(const fs::path& path, Date date) {
     return ::utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
-bool writeAll(int fd, const char* data, std::size_t size) {
+/// 0, or the errno of the write that failed.
+int writeAll(int fd, const char* data, std::size_t size) {
     while (size > 0) {
         const ssize_t n = ::write(fd, data, size);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            return errno;
+        }
+        // A write that takes nothing sets no errno.
+        if (n == 0) return EIO;
         data += n;
         size -= static_cast<std::size_t>(n);
     }
-    return true;
+    return 0;
 }
 
 bool isZipFile(const fs::path& path) {
@@ -73,6 +78,13 @@ bool ZipUnpacker::run(VPErrorPtr& error) {
     }
     opened_ = true;
     std::error_code ec;
+    // Checked once the archive has opened, so its failure comes first. Every entry would fail on
+    // its own, quietly, in a destination that is a file; one clear error instead.
+    if (fs::exists(destination_, ec) && !fs::is_directory(destination_, ec)) {
+        error = VPZipArchive::errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {},
+                                            fmt::format("\"{}\" is not a directory", destination_));
+        return false;
+    }
     fileSize_ = fs::file_size(path_, ec);
     if (ec) fileSize_ = 0;
     zipInfo_ = VPZipArchiveInfo{input_.entryCount(), input_.comment()};
@@ -119,21 +131,23 @@ VPErrorPtr ZipUnpacker::checkDeclaredSizes() {
         if (input_.entryInfo(index, info) != ZipResult::Ok) continue;
         const std::uint64_t size = info.uncompressedSize;
         if (size > limits.maxEntrySize) {
-            return VPZipArchive::errorWithCode(
-                VPZipArchiveErrorCode::InvalidArguments, {},
-                fmt::format("entry \"{}\" declares {} bytes, more than the limit of {}",
-                            ZipEntryName::decode(info.rawName, info.hostSystem, info.utf8Name), size,
-                            limits.maxEntrySize));
+            return limitPassed(fmt::format("entry \"{}\" declares {} bytes, more than the limit of {}",
+                                           ZipEntryName::decode(info.rawName, info.hostSystem, info.utf8Name),
+                                           size, limits.maxEntrySize));
         }
         // `total` never passes the limit here, so the subtraction can't wrap.
         if (size > limits.maxTotalSize - total) {
-            return VPZipArchive::errorWithCode(
-                VPZipArchiveErrorCode::InvalidArguments, {},
-                fmt::format("the archive declares more than the limit of {} bytes", limits.maxTotalSize));
+            return limitPassed(fmt::format("the archive declares more than the {} bytes left to write",
+                                           limits.maxTotalSize));
         }
         total += size;
     }
     return nullptr;
+}
+
+VPErrorPtr ZipUnpacker::limitPassed(std::string reason) {
+    limitPassed_ = true;
+    return VPZipArchive::errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {}, reason);
 }
 
 void ZipUnpacker::unpackEntry(std::uint64_t index) {
@@ -242,6 +256,10 @@ bool ZipUnpacker::writeRegularFile(const fs::path& target) {
         }
         return false;
     }
+    const auto writeFailed = [this](int code) {
+        SystemLog::log(fmt::format("[VPZipArchive] {}", kFailedToWrite));
+        fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedToWriteFile, {}, std::strerror(code)));
+    };
     const auto& limits = options_.limits;
     std::uint64_t entryBytes = 0;
     char buffer[kChunkSize];
@@ -251,38 +269,28 @@ bool ZipUnpacker::writeRegularFile(const fs::path& target) {
         entryBytes += count;
         written_ += count;
         if (entryBytes > limits.maxEntrySize || written_ > limits.maxTotalSize) {
-            fail(VPZipArchive::errorWithCode(
-                VPZipArchiveErrorCode::InvalidArguments, {},
-                fmt::format("\"{}\" holds more than its limit", target.string())));
+            fail(limitPassed(fmt::format("\"{}\" holds more than its limit", target.string())));
             break;
         }
-        if (!writeAll(fd, buffer, count)) {
-            SystemLog::log(fmt::format("[VPZipArchive] {}", kFailedToWrite));
-            fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedToWriteFile, {},
-                                             std::strerror(errno)));
+        if (const int code = writeAll(fd, buffer, count); code != 0) {
+            writeFailed(code);
             break;
         }
     }
-    if (::close(fd) != 0 && !failed_) {
-        SystemLog::log(fmt::format("[VPZipArchive] {}", kFailedToWrite));
-        fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedToWriteFile, {}, std::strerror(errno)));
-    }
+    const int closeError = ::close(fd) == 0 ? 0 : errno;
+    if (closeError != 0 && !failed_) writeFailed(closeError);
     return !failed_;
 }
 
 void ZipUnpacker::finishRegularFile(const fs::path& target, const VPZipFileInfo& info) {
-    const Options& o = options_;
-    if (o.nestedZipLevel > 0 && isZipFile(target) &&
-        VPZipArchive::unzipFileAtPath(target.string(), target.parent_path().string(), o.preserveAttributes,
-                                      o.overwrite, o.nestedZipLevel - 1, o.password, nullptr, nullptr, {}, {},
-                                      o.limits)) {
+    if (options_.nestedZipLevel > 0 && isZipFile(target) && unpackNested(target)) {
         // The inner archive is gone, and so is its date.
-        if (o.preserveAttributes && !dates_.empty()) dates_.pop_back();
+        if (options_.preserveAttributes && !dates_.empty()) dates_.pop_back();
         std::error_code ec;
         fs::remove(target, ec);
         return;
     }
-    if (!o.preserveAttributes) return;
+    if (failed_ || !options_.preserveAttributes) return;
     if (info.dosDate != 0 && !setModificationDate(target, DosDate::dateFromDosDate(info.dosDate))) {
         SystemLog::log("[VPZipArchive] Failed to set attributes - whilst setting modification date");
     }
@@ -292,6 +300,26 @@ void ZipUnpacker::finishRegularFile(const fs::path& target, const VPZipFileInfo&
     if (::chmod(target.c_str(), mode) != 0) {
         SystemLog::log("[VPZipArchive] Failed to set attributes - whilst setting permissions");
     }
+}
+
+bool ZipUnpacker::unpackNested(const fs::path& archive) {
+    Options inner = options_;
+    --inner.nestedZipLevel;
+    // The inner run gets what is left of the total, and what it writes counts here: nesting
+    // must not multiply the caller's bound.
+    const VPZipArchive::UnzipLimits none;
+    if (inner.limits.maxTotalSize != none.maxTotalSize)
+        inner.limits.maxTotalSize -= std::min(written_, inner.limits.maxTotalSize);
+    ZipUnpacker unpacker(archive.string(), archive.parent_path().string(), std::move(inner), nullptr, {});
+    VPErrorPtr error;
+    const bool unpacked = unpacker.run(error);
+    written_ += unpacker.written_;
+    // Any other failure keeps the inner archive as a file, but a limit is the whole run's.
+    if (unpacker.limitPassed_) {
+        limitPassed_ = true;
+        fail(error);
+    }
+    return unpacked;
 }
 
 void ZipUnpacker::writeSymbolicLink(const fs::path& target) {
@@ -341,8 +369,9 @@ bool ZipUnpacker::readChunk(char* buffer, std::size_t size, std::size_t& count) 
         return false;
     }
     if (result != ZipResult::Ok) {
-        fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {},
-                                         input_.lastMessage()));
+        // A read failure ends the run without an error of its own; the library's word is logged.
+        SystemLog::log(fmt::format("[VPZipArchive] {}", input_.lastMessage()));
+        failed_ = true;
         return false;
     }
     return true;
@@ -355,7 +384,8 @@ void ZipUnpacker::applyDirectoryDates() {
         if (dosDate == 0 || ::lstat(path.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) || !staysInside(path))
             continue;
         if (!setModificationDate(path, DosDate::dateFromDosDate(dosDate))) {
-            const VPErrorPtr error = VPZipArchive::posixError(errno, std::strerror(errno));
+            const int code = errno;
+            const VPErrorPtr error = VPZipArchive::posixError(code, std::strerror(code));
             SystemLog::log(
                 fmt::format("[VPZipArchive] Set attributes failed for directory: {}.", path.string()));
             SystemLog::log(

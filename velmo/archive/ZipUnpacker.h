@@ -40,6 +40,10 @@ class ZipUnpacker {
     }
 
     VPErrorPtr checkDeclaredSizes();
+    /// The error of a run that passes a limit, which is marked as such.
+    VPErrorPtr limitPassed(std::string reason);
+    /// Unpacks an inner archive beside itself with what is left of the limits; true on success.
+    bool unpackNested(const std::filesystem::path& archive);
     void unpackEntry(std::uint64_t index);
     bool makeDirectory(const std::filesystem::path& directory);
     bool writeRegularFile(const std::filesystem::path& target);
@@ -65,6 +69,7 @@ class ZipUnpacker {
     VPZipArchiveInfo zipInfo_;
     std::uint64_t fileSize_ = 0;
     std::uint64_t position_ = 0;
+    /// Bytes of entries written, inner archives' included, against the total limit.
     std::uint64_t written_ = 0;
     /// Entries' paths and DOS dates, for the directories' dates at the end.
     std::vector<std::pair<std::filesystem::path, std::uint32_t>> dates_;
@@ -72,6 +77,7 @@ class ZipUnpacker {
     bool failed_ = false;
     bool cancelled_ = false;
     bool crcFailed_ = false;
+    bool limitPassed_ = false;
     VPErrorPtr error_;
 };
 

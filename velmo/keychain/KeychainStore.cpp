@@ -43,6 +43,8 @@ std::string KeychainStore::messageForCode(std::int32_t code) {
         return "The item already exists in the secret store.";
     case kVPKeychainErrorNotAvailable:
         return "No secret store is available.";
+    case kVPKeychainErrorNoDefaultKeychain:
+        return "The secret store has no default collection.";
     case kVPKeychainErrorInteractionNotAllowed:
         return "The secret store is locked.";
     case kVPKeychainErrorDecode:

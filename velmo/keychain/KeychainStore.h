@@ -56,8 +56,9 @@ class KeychainStore {
     /// Deletes the first match.
     virtual KeychainStatus remove(const KeychainMatch& match) = 0;
 
-    /// The process's store, chosen at first use: the Secret Service when it answers with an
-    /// unlocked default collection, else the file under `$VELMO_HOME`, which is logged once.
+    /// The process's store, chosen at first use: the Secret Service whenever one answers, locked
+    /// or not, its failures being the operations' failures; the file under `$VELMO_HOME` only
+    /// when none does (no session bus, or no provider on it), which is logged once.
     static KeychainStore& shared();
 
     /// The text for one of the store's codes.

@@ -71,6 +71,15 @@ KeychainItem describe(SecretItem* secretItem) {
     return item;
 }
 
+/// True when no secret service is there at all: no session bus, or no provider on it that could
+/// be found or started. Only then may secrets go elsewhere.
+bool noServiceAnswers(const GError* error) {
+    if (error->domain == G_IO_ERROR) return true;
+    if (error->domain != G_DBUS_ERROR) return false;
+    return error->code == G_DBUS_ERROR_SERVICE_UNKNOWN || error->code == G_DBUS_ERROR_NAME_HAS_NO_OWNER ||
+           (error->code >= G_DBUS_ERROR_SPAWN_EXEC_FAILED && error->code <= G_DBUS_ERROR_SPAWN_NO_MEMORY);
+}
+
 /// A failure of the service, with its own message.
 KeychainStatus statusOf(GError* error) {
     std::int32_t code = kVPKeychainErrorNotAvailable;
@@ -108,7 +117,20 @@ struct SecretServiceStore::Impl {
         if (service) g_object_unref(service);
     }
 
+    bool reach(GError** error) {
+        if (!service) service = secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, nullptr, error);
+        return service != nullptr;
+    }
+
+    /// The service, tried again after a failure: it answered once, so its failures are reported.
+    KeychainStatus ready() {
+        GError* error = nullptr;
+        if (reach(&error)) return {};
+        return error ? statusOf(error) : KeychainStatus::failure(kVPKeychainErrorNotAvailable);
+    }
+
     KeychainStatus search(const KeychainMatch& match, SecretSearchFlags flags, ItemList& found) {
+        if (KeychainStatus status = ready(); !status.ok()) return status;
         GHashTable* attributes = attributesOf(match);
         GError* error = nullptr;
         found.items = secret_service_search_sync(service, schema(), attributes, flags, nullptr, &error);
@@ -126,28 +148,15 @@ SecretServiceStore::~SecretServiceStore() = default;
 std::unique_ptr<SecretServiceStore> SecretServiceStore::connect(std::string& reason) {
     GError* error = nullptr;
     auto impl = std::make_unique<Impl>();
-    impl->service = secret_service_get_sync(
-        static_cast<SecretServiceFlags>(SECRET_SERVICE_OPEN_SESSION | SECRET_SERVICE_LOAD_COLLECTIONS),
-        nullptr, &error);
-    if (!impl->service) {
+    const bool reached = impl->reach(&error);
+    if (!reached && (!error || noServiceAnswers(error))) {
         reason = error ? error->message : "no secret service";
         if (error) g_error_free(error);
         return nullptr;
     }
-    SecretCollection* collection = secret_collection_for_alias_sync(impl->service, SECRET_COLLECTION_DEFAULT,
-                                                                    SECRET_COLLECTION_NONE, nullptr, &error);
-    if (!collection) {
-        reason = error ? error->message : "the secret service has no default collection";
-        if (error) g_error_free(error);
-        return nullptr;
-    }
-    // Unlocking would need a prompt, which a library must never raise on its own.
-    const bool locked = secret_collection_get_locked(collection);
-    g_object_unref(collection);
-    if (locked) {
-        reason = "the default collection is locked";
-        return nullptr;
-    }
+    // A service that answers is kept even when it fails or is locked: secrets sent to a file
+    // instead would be missing for the next process, which finds the service unlocked.
+    if (error) g_error_free(error);
     return std::unique_ptr<SecretServiceStore>(new SecretServiceStore(std::move(impl)));
 }
 
@@ -184,14 +193,25 @@ KeychainStatus SecretServiceStore::findAll(const KeychainMatch& match, std::vect
 
 KeychainStatus SecretServiceStore::add(const KeychainItem& item) {
     std::lock_guard lock(mutex_);
+    if (KeychainStatus status = impl_->ready(); !status.ok()) return status;
+    GError* error = nullptr;
+    // Given the alias of a missing collection, libsecret would create it behind a prompt; a
+    // missing default collection is reported instead, and the item goes to the one found here.
+    SecretCollection* collection = secret_collection_for_alias_sync(impl_->service, SECRET_COLLECTION_DEFAULT,
+                                                                    SECRET_COLLECTION_NONE, nullptr, &error);
+    if (!collection) {
+        return error ? statusOf(error) : KeychainStatus::failure(kVPKeychainErrorNoDefaultKeychain);
+    }
+    const std::string collectionPath = g_dbus_proxy_get_object_path(G_DBUS_PROXY(collection));
+    g_object_unref(collection);
+
     const KeychainMatch match{item.service, item.account, item.accessGroup};
     GHashTable* attributes = attributesOf(match);
     const std::string& data = item.data ? *item.data : std::string();
     SecretValue* value =
         secret_value_new(data.data(), static_cast<gssize>(data.size()), "application/octet-stream");
-    GError* error = nullptr;
     const gboolean stored =
-        secret_service_store_sync(impl_->service, schema(), attributes, SECRET_COLLECTION_DEFAULT,
+        secret_service_store_sync(impl_->service, schema(), attributes, collectionPath.c_str(),
                                   item.label.c_str(), value, nullptr, &error);
     secret_value_unref(value);
     g_hash_table_unref(attributes);

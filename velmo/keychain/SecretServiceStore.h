@@ -10,11 +10,11 @@ namespace velmo {
 
 /// The Secret Service of the session bus (gnome-keyring, KeePassXC...), through libsecret.
 /// Items go to the default collection, under one schema with the service, account and access
-/// group as attributes.
+/// group as attributes. Nothing here unlocks or creates a collection: either would raise a prompt.
 class SecretServiceStore : public KeychainStore {
   public:
-    /// A store when a service answers with an unlocked default collection; otherwise nothing,
-    /// and `reason` says why.
+    /// A store whenever a service answers, even with an error; nothing only when no service is
+    /// there at all (no session bus, or no provider on it), and `reason` says why.
     static std::unique_ptr<SecretServiceStore> connect(std::string& reason);
     ~SecretServiceStore() override;
 

@@ -28,6 +28,8 @@ enum VPKeychainErrorCode : std::int32_t {
     kVPKeychainErrorDuplicateItem = -25299,
     /// The store did not answer.
     kVPKeychainErrorNotAvailable = -25291,
+    /// The store has no default place for new items.
+    kVPKeychainErrorNoDefaultKeychain = -25307,
     /// The store is locked and may not ask to be unlocked.
     kVPKeychainErrorInteractionNotAllowed = -25308,
     /// The store's data can't be read.
