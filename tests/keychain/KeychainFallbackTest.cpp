@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 // Runs in a process of its own with no session bus (see CMakeLists.txt): the first use of the
 // store must pick the file, say so once, and never log a token.
 TEST(KeychainFallback, WithoutASessionBusSecretsGoToAPrivateFileAndTheChoiceIsLoggedOnce) {
-    if (!fallbackExpected()) GTEST_SKIP() << "runs only without a session bus";
+    ASSERT_TRUE(fallbackExpected()) << "runs where no secret service answers";
     std::mutex mutex;
     std::vector<std::string> lines;
     SystemLog::setSink([&](std::string_view line) {

@@ -162,35 +162,3 @@ TEST(VPKeychain, ConcurrentSavesKeepEveryItem) {
         }
     }
 }
-
-TEST(VPKeychain, ItemsSavedGoToTheSecretServiceWhenItAnswers) {
-    if (fallbackExpected()) GTEST_SKIP() << "no session bus in this run";
-    GError* error = nullptr;
-    SecretService* service = secret_service_get_sync(SECRET_SERVICE_LOAD_COLLECTIONS, nullptr, &error);
-    SecretCollection* collection =
-        service ? secret_collection_for_alias_sync(service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE,
-                                                   nullptr, &error)
-                : nullptr;
-    const bool usable = collection && !secret_collection_get_locked(collection);
-    if (collection) g_object_unref(collection);
-    if (error) g_error_free(error);
-    if (!usable) {
-        if (service) g_object_unref(service);
-        GTEST_SKIP() << "no unlocked secret service in this session";
-    }
-    const std::string serviceName = uniqueService("secret-service");
-    ASSERT_TRUE(VPKeychain::setPassword("visible", serviceName, "user"));
-    GHashTable* attributes = g_hash_table_new(g_str_hash, g_str_equal);
-    g_hash_table_insert(attributes, const_cast<char*>("service"), const_cast<char*>(serviceName.c_str()));
-    GList* items = secret_service_search_sync(service, nullptr, attributes, SECRET_SEARCH_LOAD_SECRETS,
-                                              nullptr, nullptr);
-    g_hash_table_unref(attributes);
-    ASSERT_NE(items, nullptr) << "the item is in the keyring";
-    SecretValue* value = secret_item_get_secret(static_cast<SecretItem*>(items->data));
-    ASSERT_NE(value, nullptr);
-    EXPECT_STREQ(secret_value_get_text(value), "visible");
-    secret_value_unref(value);
-    g_list_free_full(items, g_object_unref);
-    g_object_unref(service);
-    VPKeychain::deletePasswordForService(serviceName, "user");
-}
