@@ -16,7 +16,8 @@ const std::string& document() {
 
 void BM_ParseToValue(benchmark::State& state) {
     const std::string& text = document();
-    for (auto _ : state) benchmark::DoNotOptimize(velmo::Json::parse(text));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(velmo::Json::parse(text));
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
 }
 

@@ -33,7 +33,8 @@ std::vector<std::shared_ptr<VDModelTestModel>> makeModels() {
 void BM_Encode(benchmark::State& state) {
     auto models = makeModels();
     for (auto _ : state) {
-        for (auto& m : models) benchmark::DoNotOptimize(m->toDictionary());
+        for (auto& m : models)
+            benchmark::DoNotOptimize(m->toDictionary());
     }
     state.SetItemsProcessed(state.iterations() * kModels);
 }
@@ -41,9 +42,11 @@ void BM_Encode(benchmark::State& state) {
 void BM_Decode(benchmark::State& state) {
     auto models = makeModels();
     std::vector<Dictionary> encoded;
-    for (auto& m : models) encoded.push_back(m->toDictionary());
+    for (auto& m : models)
+        encoded.push_back(m->toDictionary());
     for (auto _ : state) {
-        for (const auto& d : encoded) benchmark::DoNotOptimize(velmo::VDModelDecoder::modelObjectFromDictionary(d));
+        for (const auto& d : encoded)
+            benchmark::DoNotOptimize(velmo::VDModelDecoder::modelObjectFromDictionary(d));
     }
     state.SetItemsProcessed(state.iterations() * kModels);
 }
@@ -51,7 +54,8 @@ void BM_Decode(benchmark::State& state) {
 void BM_Copy(benchmark::State& state) {
     auto models = makeModels();
     for (auto _ : state) {
-        for (auto& m : models) benchmark::DoNotOptimize(m->copy());
+        for (auto& m : models)
+            benchmark::DoNotOptimize(m->copy());
     }
     state.SetItemsProcessed(state.iterations() * kModels);
 }

@@ -23,13 +23,15 @@ std::shared_ptr<velmo::VDModel> decode(const std::string& text) {
 
 void BM_DecodeModelTree(benchmark::State& state) {
     const std::string& text = document(static_cast<std::size_t>(state.range(0)));
-    for (auto _ : state) benchmark::DoNotOptimize(decode(text));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(decode(text));
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
 }
 
 void BM_NlohmannParse(benchmark::State& state) {
     const std::string& text = document(static_cast<std::size_t>(state.range(0)));
-    for (auto _ : state) benchmark::DoNotOptimize(nlohmann::json::parse(text));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(nlohmann::json::parse(text));
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
 }
 
@@ -46,7 +48,8 @@ void BM_EncodeModelTree(benchmark::State& state) {
 
 void BM_CopyRoot(benchmark::State& state) {
     auto root = decode(document(static_cast<std::size_t>(state.range(0))));
-    for (auto _ : state) benchmark::DoNotOptimize(root->copy());
+    for (auto _ : state)
+        benchmark::DoNotOptimize(root->copy());
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 

@@ -13,5 +13,6 @@ inline constexpr int kExitUsage = 2;
 /// Each command adds its subcommand to the app; its callback stores the exit code in `exitCode`.
 void addJsonCommand(CLI::App& app, int& exitCode);
 void addTreeCommand(CLI::App& app, int& exitCode);
+void addZipCommands(CLI::App& app, int& exitCode);
 
 } // namespace velmo::cli

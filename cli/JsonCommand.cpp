@@ -27,7 +27,8 @@ void addJsonCommand(CLI::App& app, int& exitCode) {
         JsonParseError error("", 0);
         const Value value = Json::tryParse(*text, Json::ReadOptions{}, &error);
         if (value.isNil()) {
-            fmt::print(stderr, "velmo: {}: malformed JSON at offset {}: {}\n", *file, error.offset(), error.reason());
+            fmt::print(stderr, "velmo: {}: malformed JSON at offset {}: {}\n", *file, error.offset(),
+                       error.reason());
             exitCode = kExitUsage;
             return;
         }

@@ -60,7 +60,8 @@ void addTreeCommand(CLI::App& app, int& exitCode) {
         JsonParseError error("", 0);
         const Value value = Json::tryParse(*text, Json::ReadOptions{}, &error);
         if (value.isNil()) {
-            fmt::print(stderr, "velmo: {}: malformed JSON at offset {}: {}\n", *file, error.offset(), error.reason());
+            fmt::print(stderr, "velmo: {}: malformed JSON at offset {}: {}\n", *file, error.offset(),
+                       error.reason());
             exitCode = kExitUsage;
             return;
         }
@@ -79,10 +80,12 @@ void addTreeCommand(CLI::App& app, int& exitCode) {
         }
         if (*json) {
             Array out = Array::create();
-            for (const auto& root : roots) out.push_back(viewJson(*root));
+            for (const auto& root : roots)
+                out.push_back(viewJson(*root));
             fmt::print("{}\n", Json::write(Value(out), true));
         } else {
-            for (const auto& root : roots) printView(*root, 0);
+            for (const auto& root : roots)
+                printView(*root, 0);
         }
         exitCode = kExitOK;
     });

@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
     int exitCode = velmo::cli::kExitOK;
     velmo::cli::addJsonCommand(app, exitCode);
     velmo::cli::addTreeCommand(app, exitCode);
+    velmo::cli::addZipCommands(app, exitCode);
 
     try {
         app.parse(argc, argv);

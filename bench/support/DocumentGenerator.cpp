@@ -13,8 +13,9 @@ public:
     explicit Writer(const DocumentShape& shape) : shape_(shape), random_(42) {}
 
     std::string document() {
-        out_ += R"({"model_class":"VDModelView","model_version":0,"modelID":"View_document","viewName":"Document",)"
-                R"("width":1440,"height":900,"subviews":[)";
+        out_ +=
+            R"({"model_class":"VDModelView","model_version":0,"modelID":"View_document","viewName":"Document",)"
+            R"("width":1440,"height":900,"subviews":[)";
         std::size_t screen = 0;
         while (written_ < shape_.views) {
             if (screen++) out_ += ',';
@@ -36,19 +37,22 @@ private:
 
     void view(std::size_t level) {
         const std::size_t id = ++written_;
-        out_ += fmt::format(R"({{"model_class":"VDModelView","model_version":0,"modelID":"View_{}",)"
-                            R"("variableID":"view{}","viewName":"View {}","sketchId":"5F3A-{}",)"
-                            R"("x":{},"y":{},"width":{},"height":{},"alpha":1,"hidden":0,"cornersRadius":{},)",
-                            id, id, id, id, number(), number(), number(), number(), number() / 100);
+        out_ +=
+            fmt::format(R"({{"model_class":"VDModelView","model_version":0,"modelID":"View_{}",)"
+                        R"("variableID":"view{}","viewName":"View {}","sketchId":"5F3A-{}",)"
+                        R"("x":{},"y":{},"width":{},"height":{},"alpha":1,"hidden":0,"cornersRadius":{},)",
+                        id, id, id, id, number(), number(), number(), number(), number() / 100);
         color("color");
         out_ += ',';
         color("borderColor");
-        out_ += fmt::format(R"(,"specsInfo":{{"model_class":"VDModelSpecsInfo","model_version":0,"borders":[],)"
-                            R"("fills":[{{"type":"color","opacity":{}}}],"assets":{{"png":"assets/view_{}.png"}}}},)",
-                            fraction(), id);
-        out_ += R"("constraints":{"model_class":"VDModelViewConstraints","model_version":0,"automatic":0,)"
-                R"("top":{"model_class":"VDModelConstraint","model_version":0,"enabled":1,"multiplier":1,"constant":8},)"
-                R"("left":{"model_class":"VDModelConstraint","model_version":0,"enabled":1,"multiplier":1,"constant":16}},)";
+        out_ += fmt::format(
+            R"(,"specsInfo":{{"model_class":"VDModelSpecsInfo","model_version":0,"borders":[],)"
+            R"("fills":[{{"type":"color","opacity":{}}}],"assets":{{"png":"assets/view_{}.png"}}}},)",
+            fraction(), id);
+        out_ +=
+            R"("constraints":{"model_class":"VDModelViewConstraints","model_version":0,"automatic":0,)"
+            R"("top":{"model_class":"VDModelConstraint","model_version":0,"enabled":1,"multiplier":1,"constant":8},)"
+            R"("left":{"model_class":"VDModelConstraint","model_version":0,"enabled":1,"multiplier":1,"constant":16}},)";
         out_ += R"("actions":[],"subviews":[)";
         if (level < shape_.depth) {
             for (std::size_t i = 0; i < shape_.fanOut && written_ < shape_.views; ++i) {
@@ -67,7 +71,9 @@ private:
 
 } // namespace
 
-std::string generateDocumentJson(const DocumentShape& shape) { return Writer(shape).document(); }
+std::string generateDocumentJson(const DocumentShape& shape) {
+    return Writer(shape).document();
+}
 
 std::string generateDocumentJsonOfSize(std::size_t bytes) {
     DocumentShape shape;

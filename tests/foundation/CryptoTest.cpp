@@ -12,7 +12,8 @@ using namespace velmo;
 
 TEST(Crypto, DigestsMatchKnownVectors) {
     EXPECT_EQ(Crypto::md5Hex(""), "d41d8cd98f00b204e9800998ecf8427e");
-    EXPECT_EQ(Crypto::md5Hex("The quick brown fox jumps over the lazy dog"), "9e107d9d372bb6826bd81d3542a419d6");
+    EXPECT_EQ(Crypto::md5Hex("The quick brown fox jumps over the lazy dog"),
+              "9e107d9d372bb6826bd81d3542a419d6");
     EXPECT_EQ(Crypto::hex(Crypto::sha256("abc")),
               "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
 }
@@ -20,7 +21,8 @@ TEST(Crypto, DigestsMatchKnownVectors) {
 TEST(Crypto, Md5OfAFileMatchesMd5OfItsBytes) {
     const auto dir = Files::makeTemporaryDirectory();
     std::string bytes(200'000, '\0');
-    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 31);
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<char>(i * 31);
     ASSERT_TRUE(Files::writeAtomically(dir / "f.bin", bytes));
     EXPECT_EQ(Crypto::md5HexOfFile(dir / "f.bin"), Crypto::md5Hex(bytes));
     EXPECT_FALSE(Crypto::md5HexOfFile(dir / "missing"));
@@ -31,7 +33,8 @@ TEST(Crypto, AesCbcMatchesTheStandardVectorAndRoundTrips) {
     // NIST SP 800-38A F.2.5, first block.
     const auto bytes = [](std::string_view hex) {
         std::string out;
-        for (std::size_t i = 0; i + 1 < hex.size(); i += 2) out += static_cast<char>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16));
+        for (std::size_t i = 0; i + 1 < hex.size(); i += 2)
+            out += static_cast<char>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16));
         return out;
     };
     const std::string key = bytes("603deb1015ca71be2b73aef0857d77811f352c073b6108d72d9810a30914dff4");
@@ -48,7 +51,8 @@ TEST(Crypto, AesCbcMatchesTheStandardVectorAndRoundTrips) {
 TEST(Base64, RoundTripsAndRejectsGarbage) {
     const struct {
         std::string plain, encoded;
-    } cases[] = {{"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {std::string("\0\xFF", 2), "AP8="}};
+    } cases[] = {
+        {"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {std::string("\0\xFF", 2), "AP8="}};
     for (const auto& c : cases) {
         EXPECT_EQ(Base64::encode(c.plain), c.encoded);
         EXPECT_EQ(Base64::decode(c.encoded), c.plain);

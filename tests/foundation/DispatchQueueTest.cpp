@@ -27,7 +27,8 @@ TEST(DispatchQueue, MainQueueRunsInOrderOnTheMainThread) {
     poster.join();
     ASSERT_TRUE(runMainLoopUntil([&] { return order.size() == 100; }, 5s));
     EXPECT_TRUE(allOnMain);
-    for (int i = 0; i < 100; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
 }
 
 TEST(DispatchQueue, SerialQueueRunsOneAtATimeInOrder) {
@@ -52,7 +53,8 @@ TEST(DispatchQueue, SerialQueueRunsOneAtATimeInOrder) {
     queue->sync([] {});
     EXPECT_EQ(done.load(), 200) << "sync waits behind what is queued";
     EXPECT_FALSE(overlapped.load());
-    for (int i = 0; i < 200; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+    for (int i = 0; i < 200; ++i)
+        EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
     EXPECT_FALSE(queue->isCurrent());
 }
 
@@ -91,7 +93,8 @@ TEST(DispatchTimer, RepeatsUntilCancelled) {
 
     DispatchTimer once(DispatchQueue::global());
     std::atomic<int> onceFired{0};
-    once.start(1ms, [&] { onceFired++; }, false);
+    once.start(
+        1ms, [&] { onceFired++; }, false);
     std::this_thread::sleep_for(50ms);
     EXPECT_EQ(onceFired.load(), 1);
 }

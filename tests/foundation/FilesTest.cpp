@@ -16,7 +16,8 @@ TEST(Files, AtomicWritesNeverLeaveHalfAFile) {
     for (int w = 0; w < 4; ++w) {
         writers.emplace_back([&, w] {
             const std::string body(100'000, static_cast<char>('a' + w));
-            for (int i = 0; i < 20; ++i) EXPECT_TRUE(Files::writeAtomically(target, body, 0600));
+            for (int i = 0; i < 20; ++i)
+                EXPECT_TRUE(Files::writeAtomically(target, body, 0600));
         });
     }
     for (int i = 0; i < 200; ++i) {
@@ -25,12 +26,14 @@ TEST(Files, AtomicWritesNeverLeaveHalfAFile) {
             EXPECT_EQ(text->find_first_not_of(text->front()), std::string::npos) << "one writer's bytes only";
         }
     }
-    for (auto& t : writers) t.join();
+    for (auto& t : writers)
+        t.join();
     struct stat st {};
     ASSERT_EQ(::stat(target.c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 0777, 0600u);
     std::size_t files = 0;
-    for ([[maybe_unused]] const auto& e : fs::directory_iterator(dir / "sub")) ++files;
+    for ([[maybe_unused]] const auto& e : fs::directory_iterator(dir / "sub"))
+        ++files;
     EXPECT_EQ(files, 1u) << "no temporary file is left behind";
     EXPECT_FALSE(Files::read(dir / "missing"));
     fs::remove_all(dir);

@@ -81,7 +81,10 @@ TEST(Json, BadInputIsAnErrorWithItsOffset) {
 }
 
 TEST(Json, NestingIsLimited) {
-    const auto nested = [](int depth) { return std::string(static_cast<std::size_t>(depth), '[') + std::string(static_cast<std::size_t>(depth), ']'); };
+    const auto nested = [](int depth) {
+        return std::string(static_cast<std::size_t>(depth), '[') +
+               std::string(static_cast<std::size_t>(depth), ']');
+    };
     EXPECT_NO_THROW(Json::parse(nested(512)));
     EXPECT_THROW(Json::parse(nested(513)), JsonParseError);
     // Far deeper than any stack would take: refused, not a crash.
@@ -111,5 +114,7 @@ TEST(Json, WritingRefusesWhatJsonCannotHold) {
     EXPECT_THROW(Json::write(Value(std::string("\xFF"))), JsonWriteError);
     EXPECT_FALSE(Json::isValidJSONObject(Value("fragment")));
     EXPECT_FALSE(Json::isValidJSONObject(Value(Array{Value::bytes("x")})));
+    EXPECT_FALSE(Json::isValidJSONObject(Value(Array{Value(std::string("\xFF"))})))
+        << "as the writer judges it";
     EXPECT_TRUE(Json::isValidJSONObject(Value(Dictionary{{"a", Value::null()}})));
 }

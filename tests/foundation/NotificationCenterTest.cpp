@@ -37,7 +37,8 @@ TEST(NotificationCenter, ObserversMayRemoveThemselvesWhileDelivered) {
     center.post("n");
     EXPECT_EQ(calls, 1);
     {
-        ScopedObserver scoped(center, center.addObserver("s", nullptr, [&](const Notification&) { ++calls; }));
+        ScopedObserver scoped(center,
+                              center.addObserver("s", nullptr, [&](const Notification&) { ++calls; }));
         center.post("s");
     }
     center.post("s");

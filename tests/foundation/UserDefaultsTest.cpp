@@ -32,7 +32,8 @@ TEST_F(UserDefaultsFixture, ValuesSurviveANewStore) {
     ASSERT_TRUE(again.removeObjectForKey("other"));
     EXPECT_TRUE(defaults.objectForKey("other").isNil()) << "a store sees the other's writes";
     EXPECT_FALSE(defaults.setObject(Value(std::numeric_limits<double>::infinity()), "bad"));
-    EXPECT_EQ(defaults.objectForKey("settings").dictionary().get("fps"), Value(30)) << "a failed write changes nothing";
+    EXPECT_EQ(defaults.objectForKey("settings").dictionary().get("fps"), Value(30))
+        << "a failed write changes nothing";
 }
 
 TEST_F(UserDefaultsFixture, ConcurrentWritersOfTwoProcessesLoseNothing) {
@@ -41,11 +42,13 @@ TEST_F(UserDefaultsFixture, ConcurrentWritersOfTwoProcessesLoseNothing) {
     if (child == 0) {
         UserDefaults mine(file());
         bool ok = true;
-        for (int i = 0; i < kKeys; ++i) ok = mine.setObject(Value(i), "child" + std::to_string(i)) && ok;
+        for (int i = 0; i < kKeys; ++i)
+            ok = mine.setObject(Value(i), "child" + std::to_string(i)) && ok;
         ::_exit(ok ? 0 : 1);
     }
     UserDefaults mine(file());
-    for (int i = 0; i < kKeys; ++i) EXPECT_TRUE(mine.setObject(Value(i), "parent" + std::to_string(i)));
+    for (int i = 0; i < kKeys; ++i)
+        EXPECT_TRUE(mine.setObject(Value(i), "parent" + std::to_string(i)));
     int status = 0;
     ::waitpid(child, &status, 0);
     ASSERT_TRUE(WIFEXITED(status));

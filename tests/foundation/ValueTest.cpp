@@ -32,7 +32,8 @@ TEST(Value, NumbersCompareByValueAcrossKinds) {
         {Value("1"), Value(1), false},
         {Value(), Value(0), false},
     };
-    for (const auto& c : cases) EXPECT_EQ(c.a == c.b, c.equal) << c.a.description() << " vs " << c.b.description();
+    for (const auto& c : cases)
+        EXPECT_EQ(c.a == c.b, c.equal) << c.a.description() << " vs " << c.b.description();
 }
 
 TEST(Value, StringsShortAndLong) {
@@ -67,7 +68,8 @@ TEST(Value, NilHandlesReadAsEmptyAndRefuseChanges) {
     EXPECT_EQ(nilArray.size(), 0u);
     EXPECT_TRUE(nilArray[3].isNil());
     EXPECT_TRUE(nilDict.get("x").isNil());
-    for (const Value& v : nilArray) ADD_FAILURE() << v.description();
+    for (const Value& v : nilArray)
+        ADD_FAILURE() << v.description();
     EXPECT_THROW(nilArray.push_back(Value(1)), std::logic_error);
     EXPECT_THROW(nilDict.set("x", Value(1)), std::logic_error);
     Array a = Array::create();
@@ -78,10 +80,12 @@ TEST(Value, NilHandlesReadAsEmptyAndRefuseChanges) {
 TEST(Value, DictionaryKeepsInsertionOrderAndFindsInLargeOnes) {
     Dictionary d = Dictionary::create();
     constexpr int kCount = 5000;
-    for (int i = kCount - 1; i >= 0; --i) d.set("key" + std::to_string(i), Value(i));
+    for (int i = kCount - 1; i >= 0; --i)
+        d.set("key" + std::to_string(i), Value(i));
     ASSERT_EQ(d.size(), static_cast<std::size_t>(kCount));
     EXPECT_EQ(d.begin()->key.stringView(), "key4999");
-    for (int i = 0; i < kCount; i += 97) EXPECT_EQ(d.get("key" + std::to_string(i)), Value(i));
+    for (int i = 0; i < kCount; i += 97)
+        EXPECT_EQ(d.get("key" + std::to_string(i)), Value(i));
 
     d.set("key10", Value("replaced"));
     EXPECT_EQ(d.size(), static_cast<std::size_t>(kCount)) << "replacing keeps one entry";
@@ -95,7 +99,8 @@ TEST(Value, DictionaryKeepsInsertionOrderAndFindsInLargeOnes) {
 }
 
 TEST(Value, DictionaryEqualityIgnoresOrder) {
-    EXPECT_EQ(Value(Dictionary{{"a", Value(1)}, {"b", Value(2)}}), Value(Dictionary{{"b", Value(2.0)}, {"a", Value(1)}}));
+    EXPECT_EQ(Value(Dictionary{{"a", Value(1)}, {"b", Value(2)}}),
+              Value(Dictionary{{"b", Value(2.0)}, {"a", Value(1)}}));
     EXPECT_NE(Value(Dictionary{{"a", Value(1)}}), Value(Dictionary{{"a", Value(1)}, {"b", Value(2)}}));
     EXPECT_NE(Value(Array{Value(1), Value(2)}), Value(Array{Value(2), Value(1)}));
 }
@@ -112,7 +117,8 @@ TEST(Value, SharedContainersSurviveConcurrentCopies) {
             }
         });
     }
-    for (auto& t : threads) t.join();
+    for (auto& t : threads)
+        t.join();
     EXPECT_EQ(shared.size(), 2u);
 }
 

@@ -2,6 +2,7 @@
 
 #include "ValuePrinting.h"
 #include "velmo/foundation/Json.h"
+#include "velmo/foundation/UserDefaults.h"
 #include "velmo/model/VDModelBar.h"
 #include "velmo/model/VDModelBorder.h"
 #include "velmo/model/VDModelColor.h"
@@ -10,16 +11,15 @@
 #include "velmo/model/VDModelFill.h"
 #include "velmo/model/VDModelFrame.h"
 #include "velmo/model/VDModelGradientStop.h"
-#include "velmo/model/VDModelHover.h"
-#include "velmo/model/VDModelViewConstraints.h"
 #include "velmo/model/VDModelGuide.h"
+#include "velmo/model/VDModelHover.h"
 #include "velmo/model/VDModelShadow.h"
 #include "velmo/model/VDModelSpecsInfo.h"
 #include "velmo/model/VDModelTheme.h"
+#include "velmo/model/VDModelViewConstraints.h"
 #include "velmo/model/VDModelViewPadding.h"
 #include "velmo/model/VPAnimationExportSettings.h"
 #include "velmo/model/values/ColorExtensions.h"
-#include "velmo/foundation/UserDefaults.h"
 
 using namespace velmo;
 
@@ -27,8 +27,7 @@ namespace {
 std::shared_ptr<VDModel> decode(std::string_view json) {
     return VDModelDecoder::modelObjectFromDictionary(Json::parse(json).dictionary());
 }
-template <class T>
-std::shared_ptr<T> decodeAs(std::string_view json) {
+template <class T> std::shared_ptr<T> decodeAs(std::string_view json) {
     return std::dynamic_pointer_cast<T>(decode(json));
 }
 } // namespace
@@ -39,16 +38,24 @@ TEST(VDModelRecords, BaseFieldsAndIdentifiersPerClass) {
         bool hasVariableID;
         const char* idPrefix; // nullptr: no generated identifier
     } cases[] = {
-        {VDModelColor::create(), false, nullptr},          {VDModelFrame::create(), false, nullptr},
-        {VDModelPoint::create(), false, "point_"},         {VDModelFill::create(), false, "fill_"},
-        {VDModelGradient::create(), false, "gradient_"},   {VDModelGradientStop::create(), false, "gradientStop_"},
-        {VDModelBorder::create(), false, nullptr},         {VDModelShadow::create(), false, nullptr},
-        {VDModelSpecsInfo::create(), false, nullptr},      {VDModelHover::create(), false, nullptr},
-        {VDModelViewPadding::create(), true, "viewPadding_"}, {VDModelGuide::create(), true, "guide_"},
-        {VDModelBar::create(), true, "bar_"},              {VDModelDataList::create(), true, "dataList_"},
+        {VDModelColor::create(), false, nullptr},
+        {VDModelFrame::create(), false, nullptr},
+        {VDModelPoint::create(), false, "point_"},
+        {VDModelFill::create(), false, "fill_"},
+        {VDModelGradient::create(), false, "gradient_"},
+        {VDModelGradientStop::create(), false, "gradientStop_"},
+        {VDModelBorder::create(), false, nullptr},
+        {VDModelShadow::create(), false, nullptr},
+        {VDModelSpecsInfo::create(), false, nullptr},
+        {VDModelHover::create(), false, nullptr},
+        {VDModelViewPadding::create(), true, "viewPadding_"},
+        {VDModelGuide::create(), true, "guide_"},
+        {VDModelBar::create(), true, "bar_"},
+        {VDModelDataList::create(), true, "dataList_"},
         {VDModelTheme::create(), true, "theme_"},
         {VPAnimationExportSettings::create(), true, "vPAnimationExportSettings_"},
-        {VDModelConstraint::create(), false, nullptr},     {VDModelViewConstraints::create(), false, nullptr},
+        {VDModelConstraint::create(), false, nullptr},
+        {VDModelViewConstraints::create(), false, nullptr},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.model->modelClass().name());
@@ -84,16 +91,18 @@ TEST(VDModelRecords, ColorHexForms) {
         float alpha;
         float r, g, b, a;
     } cases[] = {
-        {"#FFF", 0.5f, 0, 0, 0, 1},                     // five characters or fewer: opaque black
-        {"0x#112", 0.5f, 0, 0, 0, 0.5f},                // stripped to two digits: black, given alpha
+        {"#FFF", 0.5f, 0, 0, 0, 1},      // five characters or fewer: opaque black
+        {"0x#112", 0.5f, 0, 0, 0, 0.5f}, // stripped to two digits: black, given alpha
         {"#11223344", 1, 0x11 / 255.0f, 0x22 / 255.0f, 0x33 / 255.0f, 1},
         {"  0xff8000\n", 0.25f, 1, 128 / 255.0f, 0, 0.25f},
-        {"#ZZ00FF", 1, 0, 0, 1, 1},                     // a pair that doesn't scan is 0
-        {"#1G0000", 1, 1 / 255.0f, 0, 0, 1},            // a pair reads as far as its digits go
+        {"#ZZ00FF", 1, 0, 0, 1, 1},                      // a pair that doesn't scan is 0
+        {"#1G0000", 1, 1 / 255.0f, 0, 0, 1},             // a pair reads as far as its digits go
+        {"#\xC3\xA9\xC3\xA9\xC3\xA9", 0.5f, 0, 0, 0, 1}, // four characters, however many bytes
     };
     for (const auto& c : cases) {
         auto color = VDModelColor::colorFromHex(c.text, c.alpha);
-        EXPECT_TRUE(color->isEqual(*VDModelColor::colorWithRed(c.r, c.g, c.b, c.a))) << c.text << " " << color->toJson();
+        EXPECT_TRUE(color->isEqual(*VDModelColor::colorWithRed(c.r, c.g, c.b, c.a)))
+            << c.text << " " << color->toJson();
     }
     EXPECT_EQ(VDModelColor::colorWithRed(1, 0.5f, 0, 1)->hex(), "#ff7f00");
 }
@@ -127,7 +136,8 @@ TEST(VDModelRecords, FrameEqualityNeedsEveryNumber) {
     auto partial2 = decodeAs<VDModelFrame>(R"({"model_class":"VDModelFrame","x":1,"y":2,"width":3})");
     EXPECT_FALSE(partial->isEqual(*partial2)) << "a nil side never compares equal";
     EXPECT_TRUE(partial->isEqual(*partial)) << "but the same object is";
-    EXPECT_EQ(Value(partial->toDictionary()), Json::parse(R"({"model_class":"VDModelFrame","model_version":0,"x":1,"y":2,"width":3})"));
+    EXPECT_EQ(Value(partial->toDictionary()),
+              Json::parse(R"({"model_class":"VDModelFrame","model_version":0,"x":1,"y":2,"width":3})"));
 }
 
 TEST(VDModelRecords, FieldsOutsideTheListAreNotCopied) {
@@ -172,7 +182,8 @@ TEST(VDModelRecords, BarAndThemeDefaults) {
 
 TEST(VDModelRecords, RecentFontsKeepFiveMostRecentFirst) {
     auto theme = VDModelTheme::create();
-    for (int i = 1; i <= 5; ++i) theme->addRecentFont("Font" + std::to_string(i), "Family");
+    for (int i = 1; i <= 5; ++i)
+        theme->addRecentFont("Font" + std::to_string(i), "Family");
     EXPECT_EQ(Value(theme->recentFonts()), Json::parse(R"(["Font5","Font4","Font3","Font2","Font1"])"));
     EXPECT_EQ(Value(theme->recentFontsFamilies()), Json::parse(R"(["Family"])")) << "the lists shrink apart";
     theme->addRecentFont("Font3", "Other");
@@ -221,7 +232,8 @@ TEST(VDModelRecords, ExportSettingsSaveAndLoad) {
     EXPECT_EQ(loaded->scale(), 200);
     EXPECT_EQ(loaded->loopCount(), 3);
     EXPECT_TRUE(loaded->transparency());
-    EXPECT_EQ(Value(settings->archive()), Json::parse(R"({"fps":60,"scale":200,"loopCount":3,"transparency":true})"));
+    EXPECT_EQ(Value(settings->archive()),
+              Json::parse(R"({"fps":60,"scale":200,"loopCount":3,"transparency":true})"));
     UserDefaults::standardUserDefaults().removeObjectForKey(kAnimationExportSettingsDefaultsKey);
 }
 

@@ -55,7 +55,8 @@ TEST_F(VDModelFixture, NewObjectGetsPrefixedLowerCaseIdentifier) {
     ASSERT_EQ(id.size(), std::string("testModel_").size() + 36);
     EXPECT_TRUE(id.starts_with("testModel_"));
     const std::string uuid = id.substr(std::string("testModel_").size());
-    EXPECT_TRUE(std::none_of(uuid.begin(), uuid.end(), [](char c) { return std::isupper(static_cast<unsigned char>(c)); }));
+    EXPECT_TRUE(std::none_of(uuid.begin(), uuid.end(),
+                             [](char c) { return std::isupper(static_cast<unsigned char>(c)); }));
     EXPECT_EQ(std::count(uuid.begin(), uuid.end(), '-'), 4);
     EXPECT_NE(*VDModelTestModel::create()->modelID(), id);
     EXPECT_FALSE(model->variableID());
@@ -67,9 +68,11 @@ TEST(VDModelClassPrefix, DerivedFromClassNameWithoutVDModel) {
         const char* className;
         const char* prefix;
     } cases[] = {
-        {"VDModelColor", "color"},           {"VDModelGradientStop", "gradientStop"},
+        {"VDModelColor", "color"},
+        {"VDModelGradientStop", "gradientStop"},
         {"VPAnimationExportSettings", "vPAnimationExportSettings"},
-        {"VDModelVDModelX", "x"},            {"VDModel", ""},
+        {"VDModelVDModelX", "x"},
+        {"VDModel", ""},
         {"XVDModelY", "xY"},
     };
     for (const auto& c : cases) {
@@ -167,8 +170,7 @@ TEST_F(VDModelFixture, DecodingDropsWhatDoesNotFit) {
              EXPECT_FALSE(m.child());
              EXPECT_TRUE(m.info().isNil());
          }},
-        {"null keeps the default",
-         R"({"model_class":"VDModelTestModel","ratio":null,"tags":null})",
+        {"null keeps the default", R"({"model_class":"VDModelTestModel","ratio":null,"tags":null})",
          [](VDModelTestModel& m) {
              EXPECT_EQ(m.ratio(), 0.5f);
              EXPECT_FALSE(m.tags().isNil());
@@ -224,8 +226,8 @@ TEST_F(VDModelFixture, TopLevelRoadRefusesWhatIsNotAModel) {
     ASSERT_EQ(lines.size(), 3u);
     EXPECT_TRUE(lines[0].starts_with("Wrong model class in dictionary: "));
 
-    const Array mixed{Value(Dictionary{{"model_class", Value("VDModelTestModel")}}), Value(Dictionary::create()),
-                      Value(Dictionary{{"model_class", Value("VDModel")}})};
+    const Array mixed{Value(Dictionary{{"model_class", Value("VDModelTestModel")}}),
+                      Value(Dictionary::create()), Value(Dictionary{{"model_class", Value("VDModel")}})};
     SystemLog::setSink([](std::string_view) {});
     const Array models = VDModelDecoder::modelArrayFromDictionaryArray(mixed);
     SystemLog::setSink(previous);
@@ -340,7 +342,8 @@ TEST_F(VDModelFixture, TraversalIsPreOrderOverFullFields) {
         "tags":[{"model_class":"VDModelTestModel","modelID":"t1"}],
         "info":{"x":{"model_class":"VDModelTestModel","modelID":"i1"}}})");
     std::vector<std::string> order;
-    root->enumerateModelsWithBlock([&](const std::shared_ptr<VDModel>& m) { order.push_back(*m->modelID()); });
+    root->enumerateModelsWithBlock(
+        [&](const std::shared_ptr<VDModel>& m) { order.push_back(*m->modelID()); });
     EXPECT_EQ(order, (std::vector<std::string>{"root", "c1", "c1a", "t1", "i1"}));
 }
 
@@ -366,7 +369,8 @@ TEST_F(VDModelFixture, ShapeTestsLookAtOneElement) {
     EXPECT_TRUE(VDModel::isArrayOfEncodedModelObjects(Value(Array{encoded})));
     EXPECT_FALSE(VDModel::isArrayOfEncodedModelObjects(Value(Array{Value(Dictionary{{"a", Value(1)}})})));
     EXPECT_FALSE(VDModel::isDictionaryOfEncodedModelObjects(Value(Dictionary{{"a", Value(1)}})));
-    EXPECT_THROW(VDModel::isDictionaryOfEncodedModelObjects(Value(Dictionary{{"a", encoded}})), std::invalid_argument);
+    EXPECT_THROW(VDModel::isDictionaryOfEncodedModelObjects(Value(Dictionary{{"a", encoded}})),
+                 std::invalid_argument);
 }
 
 TEST_F(VDModelFixture, ToJsonGivesNothingForValuesJsonCannotHold) {
@@ -407,4 +411,9 @@ TEST_F(VDModelFixture, EveryRegisteredClassRoundTrips) {
         ++models;
     }
     EXPECT_GE(models, 3);
+}
+
+TEST_F(VDModelFixture, ANullClassNameIsAPlainDictionary) {
+    auto model = decode(R"({"model_class":"VDModelTestModel","info":{"d":{"model_class":null,"k":1}}})");
+    EXPECT_EQ(model->info().get("d"), Json::parse(R"({"model_class":null,"k":1})"));
 }

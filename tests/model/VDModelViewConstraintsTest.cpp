@@ -19,7 +19,8 @@ std::shared_ptr<VDModelConstraint> rule(bool enabled, float multiplier, float co
 
 std::shared_ptr<VDModelViewConstraints> withEnabled(std::initializer_list<Rule> rules) {
     auto set = VDModelViewConstraints::create();
-    for (Rule r : rules) set->rule(r)->setEnabled(true);
+    for (Rule r : rules)
+        set->rule(r)->setEnabled(true);
     return set;
 }
 } // namespace
@@ -47,6 +48,7 @@ TEST(VDModelConstraint, EqualitySimilarityAndHash) {
     EXPECT_EQ(rule(true, 1.5f, 2.75f)->hash(), 15002u);
     EXPECT_NE(rule(false, 0, 5)->hash(), rule(false, 0, 7)->hash()) << "equal disabled rules hash apart";
     EXPECT_EQ(rule(true, 0, -5)->hash(), static_cast<std::size_t>(-5)) << "negative values wrap";
+    EXPECT_EQ(rule(true, 1e15f, 0)->hash(), static_cast<std::size_t>(1e19f)) << "the whole unsigned range";
 }
 
 TEST(VDModelConstraint, ScalingWorksInDoublePrecision) {
@@ -61,7 +63,8 @@ TEST(VDModelConstraint, ScalingWorksInDoublePrecision) {
 
 TEST(VDModelViewConstraints, NewSetIsEmptyWithEveryRule) {
     auto set = VDModelViewConstraints::create();
-    for (Rule r : VDModelViewConstraints::kRules) ASSERT_TRUE(set->rule(r));
+    for (Rule r : VDModelViewConstraints::kRules)
+        ASSERT_TRUE(set->rule(r));
     EXPECT_TRUE(set->isEmpty());
     EXPECT_TRUE(set->automatic());
     EXPECT_EQ(set->scaleFactor(), 1.0);
@@ -81,10 +84,12 @@ TEST(VDModelViewConstraints, LightEncodingLeavesDisabledRulesOut) {
     set->left()->setConstant(8);
     set->top()->setConstant(99); // disabled: dropped from the JSON
     const Dictionary encoded = set->toDictionary();
-    EXPECT_EQ(Value(encoded), Json::parse(R"({"model_version":0,"model_class":"VDModelViewConstraints","automatic":1,
+    EXPECT_EQ(Value(encoded),
+              Json::parse(R"({"model_version":0,"model_class":"VDModelViewConstraints","automatic":1,
         "left":{"model_version":0,"model_class":"VDModelConstraint","enabled":1,"multiplier":0,"constant":8},
         "scaleFactor":1})"));
-    auto back = std::dynamic_pointer_cast<VDModelViewConstraints>(VDModelDecoder::modelObjectFromDictionary(encoded));
+    auto back =
+        std::dynamic_pointer_cast<VDModelViewConstraints>(VDModelDecoder::modelObjectFromDictionary(encoded));
     ASSERT_TRUE(back);
     EXPECT_EQ(back->top()->constant(), 0.0f) << "comes back as a new disabled rule";
     EXPECT_TRUE(back->isEqual(*set));
@@ -125,8 +130,9 @@ TEST(VDModelViewConstraints, NegativeValuesOnTheEdgesOnly) {
         float multiplier, constant;
         bool negative;
     } cases[] = {
-        {Rule::Left, true, 0, -5, true},   {Rule::Left, true, 1, -5, false}, {Rule::Top, true, -1, 0, true},
-        {Rule::Right, false, 0, -5, false}, {Rule::Width, true, 0, -5, false}, {Rule::Bottom, true, 0, 0, false},
+        {Rule::Left, true, 0, -5, true},   {Rule::Left, true, 1, -5, false},
+        {Rule::Top, true, -1, 0, true},    {Rule::Right, false, 0, -5, false},
+        {Rule::Width, true, 0, -5, false}, {Rule::Bottom, true, 0, 0, false},
     };
     for (const auto& c : cases) {
         auto set = VDModelViewConstraints::create();
@@ -155,7 +161,8 @@ TEST(VDModelViewConstraints, Presets) {
     EXPECT_FALSE(set->automatic());
 
     set->disableAll();
-    for (Rule r : VDModelViewConstraints::kRules) EXPECT_FALSE(set->rule(r)->enabled());
+    for (Rule r : VDModelViewConstraints::kRules)
+        EXPECT_FALSE(set->rule(r)->enabled());
     EXPECT_EQ(set->minWidth()->constant(), 0.0f);
     EXPECT_EQ(set->minWidth()->multiplier(), 2.0f);
     EXPECT_EQ(set->width()->multiplier(), 0.0f);

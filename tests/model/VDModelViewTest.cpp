@@ -31,9 +31,10 @@ private:
 
 const VDModelClass& VDModelTestPathAction::classObject() {
     using C = VDModelTestPathAction;
-    static const VDModelClass cls("VDModelTestPathAction", &VDModel::classObject(),
-                                  [] { return std::static_pointer_cast<Object>(create()); },
-                                  {field<&C::name, &C::setName>("name"), field<&C::target, &C::setTarget>("target")});
+    static const VDModelClass cls(
+        "VDModelTestPathAction", &VDModel::classObject(),
+        [] { return std::static_pointer_cast<Object>(create()); },
+        {field<&C::name, &C::setName>("name"), field<&C::target, &C::setTarget>("target")});
     return cls;
 }
 
@@ -57,7 +58,8 @@ std::shared_ptr<VDModelView> view(const char* name, std::vector<std::shared_ptr<
     auto v = VDModelView::create();
     v->setVariableID(name);
     Array subviews = Array::create();
-    for (auto& c : children) subviews.push_back(Value(c));
+    for (auto& c : children)
+        subviews.push_back(Value(c));
     v->setSubviews(subviews);
     return v;
 }
@@ -111,13 +113,15 @@ TEST_F(VDModelViewFixture, EmptyConstraintsStayOutOfTheLightForm) {
     EXPECT_FALSE(parent->toDictionary().contains("constraints"));
     const Dictionary full = parent->toDictionaryWithAllFields();
     EXPECT_TRUE(full.contains("constraints")) << "the full form has them for the view itself";
-    EXPECT_FALSE(full.get("subviews").array()[0].dictionary().contains("constraints")) << "subviews encode light";
+    EXPECT_FALSE(full.get("subviews").array()[0].dictionary().contains("constraints"))
+        << "subviews encode light";
     parent->constraints()->left()->setEnabled(true);
     EXPECT_TRUE(parent->toDictionary().contains("constraints"));
 
     auto copy = modelCopy(parent);
     EXPECT_TRUE(copy->constraints());
-    EXPECT_FALSE(copy->subviews()[0].objectAs<VDModelView>()->constraints()) << "a nested view's empty set comes back nil";
+    EXPECT_FALSE(copy->subviews()[0].objectAs<VDModelView>()->constraints())
+        << "a nested view's empty set comes back nil";
 }
 
 TEST_F(VDModelViewFixture, RotationOverridesStayOutOfTheJson) {
@@ -133,8 +137,9 @@ TEST_F(VDModelViewFixture, RotationOverridesStayOutOfTheJson) {
 
 TEST_F(VDModelViewFixture, FieldListsOfTheView) {
     auto v = VDModelView::create();
-    EXPECT_EQ(v->stateAffectedFields(), (VDModel::NameList{"x", "y", "width", "height", "alpha", "rotation", "rotationX",
-                                                           "rotationY", "scale", "cornersRadius", "constraints"}));
+    EXPECT_EQ(v->stateAffectedFields(),
+              (VDModel::NameList{"x", "y", "width", "height", "alpha", "rotation", "rotationX", "rotationY",
+                                 "scale", "cornersRadius", "constraints"}));
     EXPECT_EQ(v->undoAffectedFields().back(), "actions");
     EXPECT_EQ(VDModelView::breakpointAffectedFields().size(), 6u);
 }
@@ -148,9 +153,9 @@ TEST_F(VDModelViewFixture, PathsBetweenViews) {
         std::shared_ptr<VDModelView> from, to;
         const char* path;
     } cases[] = {
-        {t.b, t.c, "this;parent;c"},       {t.e, t.g, "this;parent;parent;parent;f;g"},
-        {t.b, t.b, "this"},                {t.b, t.a, "this;parent"},
-        {t.root, t.e, "this;a;b;e"},       {t.e, t.root, "this;parent;parent;parent"},
+        {t.b, t.c, "this;parent;c"}, {t.e, t.g, "this;parent;parent;parent;f;g"},
+        {t.b, t.b, "this"},          {t.b, t.a, "this;parent"},
+        {t.root, t.e, "this;a;b;e"}, {t.e, t.root, "this;parent;parent;parent"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(c.from->relativePathToModel(*c.to), c.path);
@@ -171,7 +176,8 @@ TEST_F(VDModelViewFixture, RelativeToAbsoluteKeepsTheRootQuirk) {
     Tree t;
     EXPECT_EQ(t.b->relativeToAbsolutePath("this;parent;c"), "a;c");
     EXPECT_EQ(t.e->relativeToAbsolutePath("this"), "a;b;e");
-    EXPECT_EQ(t.root->relativeToAbsolutePath("this;a;b"), ";a;b") << "a root's empty path is one empty component";
+    EXPECT_EQ(t.root->relativeToAbsolutePath("this;a;b"), ";a;b")
+        << "a root's empty path is one empty component";
     EXPECT_THROW(t.a->relativeToAbsolutePath("this;parent;parent;parent"), std::out_of_range);
 }
 
@@ -245,8 +251,8 @@ TEST_F(VDModelViewFixture, UpdatesClimbToTheRoot) {
     root->setSubviews(Array{Value(middle)});
     auto host = VVHostTree::attach(root);
     int posted = 0;
-    const auto token = NotificationCenter::defaultCenter().addObserver(kModelUpdatedNotification, leaf.get(),
-                                                                       [&](const Notification&) { ++posted; });
+    const auto token = NotificationCenter::defaultCenter().addObserver(
+        kModelUpdatedNotification, leaf.get(), [&](const Notification&) { ++posted; });
     leaf->postUpdateNotification();
     EXPECT_EQ(posted, 1);
     EXPECT_EQ(middle->updates, 1);
@@ -332,4 +338,57 @@ TEST_F(VDModelViewFixture, DescriptionNamesAddressClassAndName) {
     v->setViewName("Button");
     EXPECT_TRUE(v->description().ends_with("] <VDModelView> Button"));
     EXPECT_TRUE(v->description().starts_with("[0x"));
+}
+
+TEST_F(VDModelViewFixture, EveryCounterpartIsRememberedWeakly) {
+    auto root = view("root", {view("child")});
+    auto first = VVHostTree::attach(root);
+    auto second = VVHostTree::attach(root);
+    int alive = 0;
+    root->allRelatedUIElements().enumerateValidObjects([&](const std::shared_ptr<Object>&) { ++alive; });
+    EXPECT_EQ(alive, 2);
+    first.reset();
+    alive = 0;
+    root->allRelatedUIElements().enumerateValidObjects([&](const std::shared_ptr<Object>&) { ++alive; });
+    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(root->relatedUIElement(), second);
+}
+
+TEST_F(VDModelViewFixture, LightFormIsChosenOnThePermanentState) {
+    auto v = VDModelView::create();
+    v->clearConstraints();
+    v->constraints()->left()->setEnabled(true);
+    // A state shows blank constraints for a while: the encoded form still has the permanent ones.
+    v->applyOverrides(Dictionary{{"constraints", Value(VDModelViewConstraints::create())}});
+    ASSERT_TRUE(v->constraints()->isEmpty());
+    EXPECT_TRUE(v->toDictionary().contains("constraints"));
+    v->clearOverrides();
+
+    auto blank = VDModelView::create();
+    blank->clearConstraints();
+    auto shown = VDModelViewConstraints::create();
+    shown->top()->setEnabled(true);
+    blank->applyOverrides(Dictionary{{"constraints", Value(shown)}});
+    EXPECT_FALSE(blank->toDictionary().contains("constraints"));
+}
+
+TEST_F(VDModelViewFixture, NumberFieldsKeepTheirKind) {
+    auto v = std::dynamic_pointer_cast<VDModelView>(VDModelDecoder::modelObjectFromDictionary(
+        Json::parse(
+            R"({"model_class":"VDModelView","isGroup":true,"originalFrame":{"model_class":"VDModelFrame","x":9007199254740993}})")
+            .dictionary()));
+    ASSERT_TRUE(v);
+    EXPECT_EQ(v->isGroup().value().kind(), Value::Kind::Bool);
+    const std::string json = Json::write(Value(v->toDictionary()));
+    EXPECT_NE(json.find("\"isGroup\":true"), std::string::npos);
+    EXPECT_NE(json.find("\"x\":9007199254740993"), std::string::npos);
+}
+
+TEST_F(VDModelViewFixture, ZOrderFindsTheViewByEquality) {
+    auto container = view("box", {view("v0"), view("v1")});
+    auto stranger = VDModelView::create();
+    stranger->setModelID(container->subviews()[0].objectAs<VDModelView>()->modelID());
+    stranger->changeZPositionBy(1, container.get());
+    EXPECT_EQ(container->subviews()[1].objectAs<VDModelView>()->variableID(), "v0")
+        << "an equal view stands for the one in the list";
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <mutex>
+#include <stdexcept>
 #include <string>
 
 #include "velmo/foundation/VDClass.h"
@@ -19,6 +20,8 @@ public:
         std::string clientName = "TestClient";
         std::string clientID = "client-42";
         std::string hostVersion = "99.1";
+        /// The values above throw instead, as a broken host's might.
+        bool throws = false;
     };
 
     /// Binds the test configuration with `values` and returns it.
@@ -47,6 +50,7 @@ private:
     TestClientConfig() : VDClass("TestClientConfig", nullptr, nullptr) {}
     std::string get(std::string Values::*field) const {
         std::lock_guard lock(mutex_);
+        if (values_.throws) throw std::runtime_error("the host's configuration failed");
         return values_.*field;
     }
 

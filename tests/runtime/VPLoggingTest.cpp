@@ -1,11 +1,13 @@
+#include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <condition_variable>
+#include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -14,14 +16,12 @@
 
 #include "TestClientConfig.h"
 #include "tests/support/LocalHttpServer.h"
-#include "velmo/foundation/Crypto.h"
 #include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
-#include "velmo/foundation/VDClass.h"
 #include "velmo/foundation/VPError.h"
+#include "velmo/host/VVHostUserData.h"
 #include "velmo/runtime/VPLogging.h"
 #include "velmo/runtime/VVDI.h"
-#include "velmo/runtime/VVUserData.h"
 
 namespace velmo {
 namespace {
@@ -29,22 +29,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr const char* kMachineId = "0123456789abcdef0123456789abcdef";
-
-class TestUser : public VVUserData {
-public:
-    TestUser(std::string email, std::string id) : email_(std::move(email)), id_(std::move(id)) {}
-    static const VDClass& classObject() {
-        static const VDClass cls("TestUser", nullptr, nullptr);
-        return cls;
-    }
-    const VDClass& objectClass() const override { return classObject(); }
-    std::string userEmail() const override { return email_; }
-    std::string userID() const override { return id_; }
-
-private:
-    std::string email_;
-    std::string id_;
-};
 
 struct Received {
     std::string path;
@@ -58,9 +42,9 @@ public:
     LogServer() {
         auto handler = [this](const httplib::Request& request, httplib::Response& response) {
             holdIfAsked();
-            Received received{request.path, Json::tryParse(request.body).dictionary(), {}};
-            for (const auto& [name, value] : request.headers)
-                received.headers[name] = value;
+            Received received{request.path,
+                              Json::tryParse(request.body).dictionary(),
+                              {request.headers.begin(), request.headers.end()}};
             std::lock_guard lock(mutex_);
             received_.push_back(std::move(received));
             changed_.notify_all();
@@ -79,7 +63,7 @@ public:
         client.Post("/ready", httplib::Headers{{"X-Client-Id", "ready"}}, "{}", "application/json");
     }
     ~LogServer() {
-        release();
+        hold(false);
         http_.stop();
     }
 
@@ -101,26 +85,20 @@ public:
         return received_;
     }
 
-    void hold() {
+    // Requests wait in the handler while held.
+    void hold(bool holding) {
         std::lock_guard lock(mutex_);
-        holding_ = true;
-    }
-    void release() {
-        std::lock_guard lock(mutex_);
-        holding_ = false;
+        holding_ = holding;
         changed_.notify_all();
     }
     bool waitUntilHeld(int count) {
         std::unique_lock lock(mutex_);
         return changed_.wait_for(lock, 60s, [&] { return held_ == count; });
     }
-    int peakHeld() {
+    // The most requests held at once, and whether one was held until it gave up.
+    std::pair<int, bool> holdStats() {
         std::lock_guard lock(mutex_);
-        return peakHeld_;
-    }
-    bool heldTooLong() {
-        std::lock_guard lock(mutex_);
-        return heldTooLong_;
+        return {peakHeld_, heldTooLong_};
     }
 
 private:
@@ -152,7 +130,7 @@ protected:
         ASSERT_TRUE(Files::writeAtomically(folder_ / "os-release", "NAME=\"Test\"\nVERSION_ID=\"12.5\"\n"));
         ASSERT_TRUE(Files::writeAtomically(folder_ / "machine-id", std::string(kMachineId) + "\n"));
         test::TestClientConfig::bind({.logsURL = server_.baseURL()});
-        VVDI::shared().bindInstance(std::make_shared<TestUser>("ann@example.com", "u-7"), kVVUserData);
+        VVDI::shared().bindInstance(std::make_shared<VVHostUserData>("ann@example.com", "u-7"), kVVUserData);
     }
     void TearDown() override { std::filesystem::remove_all(folder_); }
 
@@ -182,6 +160,7 @@ TEST_F(VPLoggingTest, LinesCarryTheLevelTheMessageAndTheContext) {
     logging.logErrorWithNSError(error, "upload:");
     logging.logErrorWithNSError(nullptr, "upload:");
     logging.logJSError("TypeError", "at a", "at b");
+    logging.logError("bad \xff byte, overlong \xc0\xaf slash");
     const std::vector<std::string> expected = {
         "[ERROR] boom",
         "[DEBUG] a detail",
@@ -189,6 +168,7 @@ TEST_F(VPLoggingTest, LinesCarryTheLevelTheMessageAndTheContext) {
         "[ERROR] upload: Not found " + userInfo,
         "[ERROR] upload: (null) (null)",
         "[ERROR] Plugin JS Error: TypeError\n---\nat a\n---\nat b",
+        "[ERROR] bad \uFFFD byte, overlong \uFFFD slash",
     };
     ASSERT_TRUE(server_.waitFor([&](const auto& all) { return all.size() == expected.size(); }));
     const auto received = server_.received();
@@ -212,13 +192,6 @@ TEST_F(VPLoggingTest, TheContextIsAllOrNothing) {
         Dictionary expected;
     };
     const Case cases[] = {
-        {"complete",
-         {},
-         true,
-         Dictionary{{"plugin_version", Value("1.2.3")},
-                    {"plugin_name", Value("TestClient")},
-                    {"system_version", Value("12.5")},
-                    {"sketch_version", Value("99.1")}}},
         {"no client version",
          {.clientVersion = ""},
          true,
@@ -238,39 +211,98 @@ TEST_F(VPLoggingTest, TheContextIsAllOrNothing) {
     }
 }
 
+TEST_F(VPLoggingTest, AConfigurationThatThrowsReachesNoCaller) {
+    test::TestClientConfig::bind({.logsURL = server_.baseURL(), .throws = true});
+    VPLogging logging(options());
+    EXPECT_EQ(logging.contextDict(), Dictionary::create());
+    // Anything escaping these would end the test: they are noexcept.
+    logging.logError("lost");
+    logging.logMixpanelEvent("lost", Dictionary::create(), true);
+    logging.logErrorWithNSError(nullptr, "lost");
+
+    test::TestClientConfig::bind({.logsURL = server_.baseURL()});
+    logging.logMixpanelEvent("marker");
+    ASSERT_TRUE(server_.waitForEvent("marker"));
+    EXPECT_EQ(server_.received().size(), 1u);
+}
+
 TEST_F(VPLoggingTest, EventsCarryPropertiesIdentityContextAndHeaders) {
     VPLogging logging(options());
-    logging.logMixpanelEvent("Export.Code.Pressed", Dictionary{{"source", Value("fast_preview")},
-                                                               {"plugin_name", Value("mine")},
-                                                               {"event", Value("other")}});
+    logging.logMixpanelEvent(kVPEventExportCodePressed, Dictionary{{"source", Value("fast_preview")},
+                                                                   {"plugin_name", Value("mine")},
+                                                                   {"event", Value("other")}});
     ASSERT_TRUE(server_.waitForEvent("Export.Code.Pressed"));
     const Received r = server_.received().front();
     EXPECT_EQ(r.path, "/mixpanel");
     EXPECT_EQ(r.body.get("source"), Value("fast_preview"));
     EXPECT_EQ(r.body.get("plugin_name"), Value("TestClient")); // the context wins
     EXPECT_EQ(r.body.get("system_version"), Value("12.5"));
-    const std::string serial = r.body.get("mac_serial_number").str();
-    EXPECT_EQ(serial.size(), 64u);
-    EXPECT_EQ(serial.find(kMachineId), std::string::npos);
-    EXPECT_EQ(serial, logging.serialNumber());
+    EXPECT_EQ(r.body.get("mac_serial_number").str(), logging.serialNumber());
     EXPECT_EQ(r.headers.at("Content-Type"), "application/json");
     EXPECT_EQ(r.headers.at("X-Client-Id"), "client-42");
     EXPECT_EQ(r.headers.at("X-User-Id"), "u-7");
     EXPECT_EQ(r.headers.at("X-User-Email"), "ann@example.com");
 }
 
-TEST_F(VPLoggingTest, AnUnknownUserAndMachineSendNoUserHeadersAndNone) {
-    VVDI::shared().bindInstance(std::make_shared<TestUser>("", ""), kVVUserData);
-    VPLogging::Options o = options();
-    o.machineIdPath = folder_ / "missing";
-    VPLogging logging(o);
-    logging.logMixpanelEvent("preview-rating.presented");
-    ASSERT_TRUE(server_.waitForEvent("preview-rating.presented"));
-    const Received r = server_.received().front();
-    EXPECT_EQ(r.body.get("mac_serial_number"), Value("None"));
-    EXPECT_EQ(r.headers.count("X-User-Id"), 0u);
-    EXPECT_EQ(r.headers.count("X-User-Email"), 0u);
-    EXPECT_EQ(r.headers.at("X-Client-Id"), "client-42");
+TEST_F(VPLoggingTest, HeadersGoOnlyWithAKnownValueOnOneLine) {
+    struct Case {
+        const char* email;
+        const char* id;
+        const char* clientID;
+        std::vector<std::string> present;
+        std::vector<std::string> absent;
+    };
+    const Case cases[] = {
+        {"", "", "client-42", {"X-Client-Id"}, {"X-User-Id", "X-User-Email"}},
+        {"ann@example.com\r\nX-Injected: 1",
+         "u-7\n",
+         "client\rX-Injected: 2",
+         {"Content-Type"},
+         {"X-User-Id", "X-User-Email", "X-Client-Id", "X-Injected"}},
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        const Case& c = cases[i];
+        SCOPED_TRACE(i);
+        test::TestClientConfig::bind({.logsURL = server_.baseURL(), .clientID = c.clientID});
+        VVDI::shared().bindInstance(std::make_shared<VVHostUserData>(c.email, c.id), kVVUserData);
+        VPLogging logging(options());
+        const std::string event = "case-" + std::to_string(i);
+        logging.logMixpanelEvent(event);
+        ASSERT_TRUE(server_.waitForEvent(event));
+        for (const auto& r : server_.received()) {
+            if (r.body.get("event").stringView() != event) continue;
+            for (const auto& name : c.present)
+                EXPECT_EQ(r.headers.count(name), 1u) << name;
+            for (const auto& name : c.absent)
+                EXPECT_EQ(r.headers.count(name), 0u) << name;
+        }
+    }
+}
+
+// The death test's fresh process is one where no serial number is kept yet.
+using VPLoggingDeathTest = VPLoggingTest;
+TEST_F(VPLoggingDeathTest, TheSerialNumberIsKeptForTheProcessOnceFound) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            const auto serialSent = [&](const std::filesystem::path& machineId, const std::string& event) {
+                VPLogging::Options o = options();
+                o.machineIdPath = machineId;
+                VPLogging logging(o);
+                logging.logMixpanelEvent(event);
+                if (!server_.waitForEvent(event)) std::_Exit(3);
+                for (const auto& r : server_.received()) {
+                    if (r.body.get("event").stringView() == event)
+                        return r.body.get("mac_serial_number").str();
+                }
+                return std::string();
+            };
+            const std::string none = serialSent(folder_ / "missing", "first");
+            const std::string found = serialSent(folder_ / "machine-id", "second");
+            const std::string kept = serialSent(folder_ / "missing", "third");
+            std::_Exit(none == "None" && found.size() == 64 && kept == found ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 TEST_F(VPLoggingTest, AThrottledEventGoesOutOnceInFiveHours) {
@@ -304,26 +336,13 @@ TEST_F(VPLoggingTest, AThrottledEventGoesOutOnceInFiveHours) {
               (std::map<std::string, Date>{{"A", start + 5h}, {"B", start + 5h + 1s}}));
 }
 
-TEST_F(VPLoggingTest, PropertiesThatJsonCannotHoldDropTheEventInSilence) {
+TEST_F(VPLoggingTest, WhatCannotBeSentIsDroppedInSilence) {
+    test::TestClientConfig::bind({.logsURL = ""});
     VPLogging logging(options());
+    logging.logError("nowhere"); // no endpoint
+    test::TestClientConfig::bind({.logsURL = server_.baseURL()});
     logging.logMixpanelEvent("bad", Dictionary{{"x", Value(std::numeric_limits<double>::quiet_NaN())}});
     logging.logMixpanelEvent("bytes", Dictionary{{"x", Value::bytes("\x01\x02")}});
-    logging.logMixpanelEvent("marker");
-    ASSERT_TRUE(server_.waitForEvent("marker"));
-    const auto received = server_.received();
-    ASSERT_EQ(received.size(), 1u);
-    EXPECT_EQ(received[0].body.get("event"), Value("marker"));
-}
-
-TEST_F(VPLoggingTest, WithoutALogsURLNothingIsSent) {
-    test::TestClientConfig::bind({.logsURL = ""});
-    {
-        VPLogging logging(options());
-        logging.logError("nowhere");
-        logging.logMixpanelEvent("nowhere");
-    }
-    test::TestClientConfig::bind({.logsURL = server_.baseURL()});
-    VPLogging logging(options());
     logging.logMixpanelEvent("marker");
     ASSERT_TRUE(server_.waitForEvent("marker"));
     EXPECT_EQ(server_.received().size(), 1u);
@@ -334,20 +353,19 @@ TEST_F(VPLoggingTest, AHangingEndpointNeverHoldsTheCallerAndPostsInFlightAreBoun
     o.limits.maxInFlight = 2;
     o.limits.maxQueued = 3;
     VPLogging logging(o);
-    server_.hold();
+    server_.hold(true);
     logging.logError("first");
     logging.logError("second");
     ASSERT_TRUE(server_.waitUntilHeld(2));
     // Both connections hang: three more wait their turn, the rest are dropped, and no call waits.
     for (int i = 0; i < 48; ++i)
         logging.logError("more");
-    server_.release();
+    server_.hold(false);
     ASSERT_TRUE(server_.waitFor([](const auto& all) { return all.size() == 5; }));
     logging.logMixpanelEvent("marker");
     ASSERT_TRUE(server_.waitForEvent("marker"));
     EXPECT_EQ(server_.received().size(), 6u);
-    EXPECT_EQ(server_.peakHeld(), 2);
-    EXPECT_FALSE(server_.heldTooLong());
+    EXPECT_EQ(server_.holdStats(), std::make_pair(2, false));
 }
 
 // The guard's line names the function and the line of the handler.
@@ -359,6 +377,7 @@ int guarded(bool standard) {
     VP_CATCH(-1)
 }
 
+constexpr int kVoidGuardLine = __LINE__ + 5;
 bool guardedVoidRan = false;
 void guardedVoid() {
     VP_TRY
@@ -372,22 +391,18 @@ TEST_F(VPLoggingTest, TheGuardLogsTheFailureAndReturnsTheEmptyResult) {
     EXPECT_EQ(guarded(false), -1);
     guardedVoid();
     EXPECT_FALSE(guardedVoidRan);
-    const std::string line = " [Line " + std::to_string(kGuardLine) + "] Exception: ";
-    const std::vector<std::string> endings = {line + "boom", line + "unknown exception",
-                                              "Exception: no such index"};
-    ASSERT_TRUE(server_.waitFor([&](const auto& all) { return all.size() == endings.size(); }));
-    std::vector<std::string> texts;
-    for (const auto& r : server_.received())
-        texts.push_back(r.body.get("text").str());
-    std::sort(texts.begin(), texts.end()); // the shared instance posts concurrently
-    for (const auto& text : texts) {
+    ASSERT_TRUE(server_.waitFor([](const auto& all) { return all.size() == 3; }));
+    std::set<std::string> endings;
+    for (const auto& r : server_.received()) {
+        const std::string text = r.body.get("text").str();
         EXPECT_EQ(text.rfind("[ERROR] ", 0), 0u) << text;
         EXPECT_NE(text.find("guarded"), std::string::npos) << text;
-        const bool known = std::any_of(endings.begin(), endings.end(), [&](const std::string& e) {
-            return text.size() >= e.size() && text.compare(text.size() - e.size(), e.size(), e) == 0;
-        });
-        EXPECT_TRUE(known) << text;
+        endings.insert(text.substr(std::min(text.find(" [Line "), text.size())));
     }
+    const auto line = [](int number) { return " [Line " + std::to_string(number) + "] Exception: "; };
+    EXPECT_EQ(endings,
+              (std::set<std::string>{line(kGuardLine) + "boom", line(kGuardLine) + "unknown exception",
+                                     line(kVoidGuardLine) + "no such index"}));
 }
 
 } // namespace

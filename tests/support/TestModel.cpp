@@ -8,22 +8,22 @@ namespace velmo::test {
 
 const VDModelClass& VDModelTestModel::classObject() {
     using C = VDModelTestModel;
-    static const VDModelClass cls(
-        "VDModelTestModel", &VDModel::classObject(), [] { return std::static_pointer_cast<Object>(create()); },
-        {
-            field<&C::title, &C::setTitle>("title"),
-            field<&C::ratio, &C::setRatio>("ratio"),
-            field<&C::precise, &C::setPrecise>("precise"),
-            field<&C::count, &C::setCount>("count"),
-            field<&C::big, &C::setBig>("big"),
-            field<&C::enabled, &C::setEnabled>("enabled"),
-            field<&C::width, &C::setWidth>("width"),
-            field<&C::child, &C::setChild>("child"),
-            field<&C::tags, &C::setTags>("tags"),
-            field<&C::info, &C::setInfo>("info"),
-            field<&C::extra, &C::setExtra>("extra"),
-            unlistedField<&C::scratch, &C::setScratch>("scratch"),
-        });
+    static const VDModelClass cls("VDModelTestModel", &VDModel::classObject(),
+                                  [] { return std::static_pointer_cast<Object>(create()); },
+                                  {
+                                      field<&C::title, &C::setTitle>("title"),
+                                      field<&C::ratio, &C::setRatio>("ratio"),
+                                      field<&C::precise, &C::setPrecise>("precise"),
+                                      field<&C::count, &C::setCount>("count"),
+                                      field<&C::big, &C::setBig>("big"),
+                                      field<&C::enabled, &C::setEnabled>("enabled"),
+                                      field<&C::width, &C::setWidth>("width"),
+                                      field<&C::child, &C::setChild>("child"),
+                                      field<&C::tags, &C::setTags>("tags"),
+                                      field<&C::info, &C::setInfo>("info"),
+                                      field<&C::extra, &C::setExtra>("extra"),
+                                      unlistedField<&C::scratch, &C::setScratch>("scratch"),
+                                  });
     return cls;
 }
 

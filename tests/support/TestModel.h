@@ -27,8 +27,8 @@ class VDModelTestModel : public VDModel {
     void setBig(std::int64_t v) { big_ = v; }
     bool enabled() const { return enabled_; }
     void setEnabled(bool v) { enabled_ = v; }
-    const std::optional<double>& width() const { return width_; }
-    void setWidth(std::optional<double> v) { width_ = v; }
+    const VDNumber& width() const { return width_; }
+    void setWidth(VDNumber v) { width_ = v; }
     const std::shared_ptr<VDModelTestModel>& child() const { return child_; }
     void setChild(std::shared_ptr<VDModelTestModel> v) { child_ = std::move(v); }
     const Array& tags() const { return tags_; }
@@ -50,7 +50,7 @@ private:
     std::int32_t count_ = 0;
     std::int64_t big_ = 0;
     bool enabled_ = false;
-    std::optional<double> width_;
+    VDNumber width_;
     std::shared_ptr<VDModelTestModel> child_;
     Array tags_;
     Dictionary info_;

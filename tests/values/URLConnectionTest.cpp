@@ -16,7 +16,8 @@ TEST(URLConnection, BlockingRequestGivesBodyResponseAndNoErrorForStatuses) {
         res.status = 404;
         res.set_content("nope", "text/plain");
     });
-    server.server().Get("/redirect", [](const httplib::Request&, httplib::Response& res) { res.set_redirect("/missing"); });
+    server.server().Get(
+        "/redirect", [](const httplib::Request&, httplib::Response& res) { res.set_redirect("/missing"); });
     server.start();
 
     URLRequest request;

@@ -2,20 +2,25 @@
 
 #include "TestModel.h"
 #include "ValuePrinting.h"
+#include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
 #include "velmo/foundation/PlatformColor.h"
 #include "velmo/foundation/SystemLog.h"
 #include "velmo/foundation/VPError.h"
+#include "velmo/host/VVHost.h"
 #include "velmo/model/values/ArrayExtensions.h"
 #include "velmo/model/values/DataExtensions.h"
 #include "velmo/model/values/DateExtensions.h"
 #include "velmo/model/values/DictionaryExtensions.h"
+#include "velmo/model/values/ImageExtensions.h"
 #include "velmo/model/values/StringExtensions.h"
 
 using namespace velmo;
 
 namespace {
-Value json(std::string_view text) { return Json::parse(text, Json::ReadOptions{.allowFragments = true}); }
+Value json(std::string_view text) {
+    return Json::parse(text, Json::ReadOptions{.allowFragments = true});
+}
 } // namespace
 
 TEST(DictionaryExtensions, DeepMerge) {
@@ -36,7 +41,8 @@ TEST(DictionaryExtensions, DeepMerge) {
     }
     const Dictionary a = json(R"({"keep":{"x":1},"a":{}})").dictionary();
     const Dictionary merged = _vp_deepMergeWith(a, json(R"({"a":{"y":1}})").dictionary());
-    EXPECT_TRUE(merged.get("keep").dictionary().sameAs(a.get("keep").dictionary())) << "untouched parts are shared";
+    EXPECT_TRUE(merged.get("keep").dictionary().sameAs(a.get("keep").dictionary()))
+        << "untouched parts are shared";
 }
 
 TEST(DictionaryExtensions, PathsAndLookups) {
@@ -46,16 +52,20 @@ TEST(DictionaryExtensions, PathsAndLookups) {
         const char* path;
         Value expected;
     } lookups[] = {
-        {"a.b.c", Value(1)}, {"a.l[0]", Value(10)}, {"a.l[1].z", Value("deep")}, {"a.l[2]", Value()},
-        {"x.y", Value()},    {"dot\\.key", Value(3)}, {"a[0]", Value()},           {"missing.b", Value()},
+        {"a.b.c", Value(1)}, {"a.l[0]", Value(10)},  {"a.l[1].z", Value("deep")},
+        {"a.l[2]", Value()}, {"x.y", Value()},       {"dot\\.key", Value(3)},
+        {"a[0]", Value()},   {"missing.b", Value()}, {"a.l.1.z", Value("deep")},
+        {"a.l.z", Value()},
     };
-    for (const auto& l : lookups) EXPECT_EQ(objectForPath(d, l.path), l.expected) << l.path;
+    for (const auto& l : lookups)
+        EXPECT_EQ(objectForPath(d, l.path), l.expected) << l.path;
     EXPECT_EQ(objectForPath(d, ""), Value(d));
 }
 
 TEST(DictionaryExtensions, TypedReaders) {
     const Dictionary d = json(R"({"s":"text","n":12,"f":1.5,"t":"TRUE","no":"yes","two":"2","zero":"0",
-        "bad":"12abc","neg":" -3.5 ","d":{"k":1},"a":[1],"nul":null})").dictionary();
+        "bad":"12abc","neg":" -3.5 ","d":{"k":1},"a":[1],"nul":null})")
+                             .dictionary();
     EXPECT_EQ(_vp_stringForKey(d, "s"), Value("text"));
     EXPECT_EQ(_vp_stringForKey(d, "n"), Value("12"));
     EXPECT_EQ(_vp_stringForKey(d, "f"), Value("1.5"));
@@ -74,8 +84,10 @@ TEST(DictionaryExtensions, TypedReaders) {
     const struct {
         const char* key;
         bool expected;
-    } bools[] = {{"t", true}, {"no", false}, {"two", true}, {"zero", false}, {"n", true}, {"d", false}, {"nul", false}, {"missing", false}};
-    for (const auto& b : bools) EXPECT_EQ(_vp_boolForKey(d, b.key), b.expected) << b.key;
+    } bools[] = {{"t", true}, {"no", false}, {"two", true},  {"zero", false},
+                 {"n", true}, {"d", false},  {"nul", false}, {"missing", false}};
+    for (const auto& b : bools)
+        EXPECT_EQ(_vp_boolForKey(d, b.key), b.expected) << b.key;
 
     EXPECT_FALSE(_vp_dicForKey(d, "d").isNil());
     EXPECT_TRUE(_vp_dicForKey(d, "a").isNil());
@@ -99,7 +111,8 @@ TEST(DictionaryExtensions, SettersThatSkipNothingness) {
 }
 
 TEST(DictionaryExtensions, ProjectRecords) {
-    setCachedTeamsSource([] { return json(R"([{"team":7,"team_name":"Seven"},{"team":8,"team_name":"Eight"}])").array(); });
+    setCachedTeamsSource(
+        [] { return json(R"([{"team":7,"team_name":"Seven"},{"team":8,"team_name":"Eight"}])").array(); });
     EXPECT_EQ(_projectDic_teamName(json(R"({"name":"p"})").dictionary()), "Personal");
     EXPECT_EQ(_projectDic_teamName(json(R"({"team":8})").dictionary()), "Eight");
     EXPECT_EQ(_projectDic_teamName(json(R"({"team":9})").dictionary()), "");
@@ -114,8 +127,8 @@ TEST(DictionaryExtensions, MutableFormsLogEachValue) {
     const Dictionary same = vp_toMutable(d);
     SystemLog::setSink(previous);
     EXPECT_TRUE(same.sameAs(d));
-    EXPECT_EQ(lines, (std::vector<std::string>{"valid: NSMutableDictionary", "valid: NSNumber", "invalid: NSError",
-                                                "/////////////////////////"}));
+    EXPECT_EQ(lines, (std::vector<std::string>{"valid: NSMutableDictionary", "valid: NSNumber",
+                                               "invalid: NSError", "/////////////////////////"}));
 }
 
 TEST(ArrayExtensions, CopiesWithEdgeIndexes) {
@@ -135,8 +148,8 @@ TEST(ArrayExtensions, CopiesWithEdgeIndexes) {
 
 TEST(ArrayExtensions, FilterToClassTakesSubclasses) {
     test::registerTestModels();
-    const Array mixed{Value(test::VDModelTestModel::create()), Value(1), Value(test::VDModelTestSubModel::create()),
-                      Value(VPError::make("d", 1))};
+    const Array mixed{Value(test::VDModelTestModel::create()), Value(1),
+                      Value(test::VDModelTestSubModel::create()), Value(VPError::make("d", 1))};
     EXPECT_EQ(arrayByFilteringToClass(mixed, test::VDModelTestModel::classObject()).size(), 2u);
     EXPECT_EQ(arrayByFilteringToClass(mixed, test::VDModelTestSubModel::classObject()).size(), 1u);
     EXPECT_EQ(arrayByFilteringToClass(mixed, VDModel::classObject()).size(), 2u);
@@ -146,13 +159,22 @@ TEST(StringExtensions, LegalVariableNames) {
     const struct {
         const char *in, *out;
     } cases[] = {
-        {"My big button", "myBigButton"}, {"Rectangle 12", "rectangle12"}, {"2 Cols", "a2Cols"},
-        {"@#!", ""},                      {"MyButton", "myButton"},        {"1", "a1"},
-        {"", ""},                         {"  lead", "lead"},               {"ALL CAPS here", "allCapsHere"},
-        {"_private", "private"},          {"-9 lives", "a9Lives"},          {"caf\xC3\xA9 bar", "cafBar"},
+        {"My big button", "myBigButton"},
+        {"Rectangle 12", "rectangle12"},
+        {"2 Cols", "a2Cols"},
+        {"@#!", ""},
+        {"MyButton", "myButton"},
+        {"1", "a1"},
+        {"", ""},
+        {"  lead", "lead"},
+        {"ALL CAPS here", "allCapsHere"},
+        {"_private", "private"},
+        {"-9 lives", "a9Lives"},
+        {"caf\xC3\xA9 bar", "cafBar"},
         {"tab\tsep word", "tabSepWord"},
     };
-    for (const auto& c : cases) EXPECT_EQ(toLegalVarName(c.in), c.out) << '"' << c.in << '"';
+    for (const auto& c : cases)
+        EXPECT_EQ(toLegalVarName(c.in), c.out) << '"' << c.in << '"';
 }
 
 TEST(StringExtensions, JsonPathComponents) {
@@ -160,12 +182,21 @@ TEST(StringExtensions, JsonPathComponents) {
         const char* path;
         const char* components;
     } cases[] = {
-        {"a.b[2].c", R"(["a","b",2,"c"])"}, {"a\\.b.c", R"(["a.b","c"])"}, {"a..b", R"(["a","b"])"},
-        {"a[1][2]", R"(["a",1,2])"},        {"a]b", R"(["ab"])"},           {".a", R"(["a"])"},
-        {"", "[]"},                         {"\\.a", R"([".a"])"},          {"a[x]", R"(["a"])"},
-        {"a\\", R"(["a"])"},                {"[-1]", R"(["-1"])"},           {"a.[3]", R"(["a",3])"},
+        {"a.b[2].c", R"(["a","b",2,"c"])"},
+        {"a\\.b.c", R"(["a.b","c"])"},
+        {"a..b", R"(["a","b"])"},
+        {"a[1][2]", R"(["a",1,2])"},
+        {"a]b", R"(["ab"])"},
+        {".a", R"(["a"])"},
+        {"", "[]"},
+        {"\\.a", R"([".a"])"},
+        {"a[x]", R"(["a"])"},
+        {"a\\", R"(["a"])"},
+        {"[-1]", R"(["-1"])"},
+        {"a.[3]", R"(["a",3])"},
     };
-    for (const auto& c : cases) EXPECT_EQ(Value(jsonPathComponents(c.path)), json(c.components)) << c.path;
+    for (const auto& c : cases)
+        EXPECT_EQ(Value(jsonPathComponents(c.path)), json(c.components)) << c.path;
 }
 
 TEST(StringExtensions, SmallOperations) {
@@ -192,7 +223,13 @@ TEST(StringExtensions, ColourFromHexSkipsTheFirstCharacter) {
         const char* text;
         double r, g, b;
     } cases[] = {
-        {"#FF0000", 1, 0, 0}, {"FF0000", 15 / 255.0, 0, 0}, {"#00ff80", 0, 1, 128 / 255.0}, {"#zz", 0, 0, 0},
+        {"#FF0000", 1, 0, 0},
+        {"FF0000", 15 / 255.0, 0, 0},
+        {"#00ff80", 0, 1, 128 / 255.0},
+        {"#zz", 0, 0, 0},
+        {"\xC3\xA9"
+         "FF0000",
+         1, 0, 0},
     };
     for (const auto& c : cases) {
         const PlatformColor color = _vp_colorFromHexString(c.text);
@@ -223,4 +260,41 @@ TEST(DateExtensions, CalendarDaysIgnoreTheTimeOfDay) {
     EXPECT_TRUE(isEarlierThan(now, now));
     EXPECT_TRUE(isLaterThan(now, now));
     EXPECT_FALSE(isLaterThan(now, now + std::chrono::seconds(1)));
+}
+
+TEST(ArrayExtensions, UniqueMergeByIdMovesReplacedItemsToTheEnd) {
+    const Array receiver = json(R"([{"id":1,"v":"a"},{"id":2,"v":"b"},{"v":"no id"},3])").array();
+    const Array merged = vp_arrayByAddingUniqueObjectsFromArray(
+        receiver, json(R"([{"id":1,"v":"A"},"skipped",{"id":9,"v":"new"},{"v":"also no id"}])").array());
+    EXPECT_EQ(Value(merged), json(R"([{"id":2,"v":"b"},{"v":"no id"},3,{"id":1,"v":"A"},{"id":9,"v":"new"},
+                                      {"v":"also no id"}])"));
+    EXPECT_EQ(receiver.size(), 4u);
+}
+
+TEST(ImageExtensions, ClientFolderFirstThenTheLibrarysAndOnlyFoundImagesAreCached) {
+    namespace fs = std::filesystem;
+    const fs::path client = Files::makeTemporaryDirectory("velmo-bundle");
+    const fs::path library = Files::makeTemporaryDirectory("velmo-resources");
+    ASSERT_TRUE(Files::writeAtomically(client / "logo.png", "client logo"));
+    ASSERT_TRUE(Files::writeAtomically(library / "logo.png", "library logo"));
+    ASSERT_TRUE(Files::writeAtomically(library / "star.svg", "<svg/>"));
+    ::setenv("VELMO_BUNDLE", client.c_str(), 1);
+    ::setenv("VELMO_RESOURCES", library.c_str(), 1);
+    VVHost::bind();
+
+    auto logo = _vv_imageFromName("logo");
+    ASSERT_TRUE(logo);
+    EXPECT_EQ(logo->data(), "client logo");
+    EXPECT_EQ(_vv_imageFromName("star")->file(), library / "star.svg");
+    fs::remove(client / "logo.png");
+    EXPECT_EQ(_vv_imageFromName("logo"), logo) << "found images are cached";
+    EXPECT_FALSE(_vv_imageFromName("later"));
+    ASSERT_TRUE(Files::writeAtomically(client / "later.jpg", "x"));
+    EXPECT_TRUE(_vv_imageFromName("later")) << "a miss is not cached";
+    EXPECT_FALSE(_vv_imageFromName("../etc/passwd"));
+
+    ::unsetenv("VELMO_BUNDLE");
+    ::unsetenv("VELMO_RESOURCES");
+    fs::remove_all(client);
+    fs::remove_all(library);
 }

@@ -205,8 +205,8 @@ bool validJson(const Value& value) {
     case Value::Kind::Null:
     case Value::Kind::Bool:
     case Value::Kind::Int:
-    case Value::Kind::UInt:
-    case Value::Kind::String: return true;
+    case Value::Kind::UInt: return true;
+    case Value::Kind::String: return isValidUtf8(value.stringView());
     case Value::Kind::Float:
     case Value::Kind::Double: return std::isfinite(value.doubleValue());
     case Value::Kind::Array:
@@ -216,7 +216,7 @@ bool validJson(const Value& value) {
         return true;
     case Value::Kind::Dictionary:
         for (const auto& entry : value.dictionary()) {
-            if (!validJson(entry.value)) return false;
+            if (!isValidUtf8(entry.key.stringView()) || !validJson(entry.value)) return false;
         }
         return true;
     default: return false;

@@ -75,4 +75,19 @@ void Utf8::append(std::string& out, char32_t cp) {
     }
 }
 
+std::string Utf8::sanitized(std::string_view text) {
+    if (isValid(text)) return std::string(text);
+    std::string out;
+    out.reserve(text.size() + 8);
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t start = at;
+        char32_t cp = next(text, at);
+        // `next` also decodes forms that UTF-8 forbids: longer than needed, surrogates, past U+10FFFF.
+        const std::size_t shortest = cp < 0x80 ? 1 : cp < 0x800 ? 2 : cp < 0x10000 ? 3 : 4;
+        if (at - start != shortest || (cp >= 0xD800 && cp <= 0xDFFF) || cp > 0x10FFFF) cp = U'\uFFFD';
+        append(out, cp);
+    }
+    return out;
+}
+
 } // namespace velmo

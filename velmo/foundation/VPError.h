@@ -14,6 +14,8 @@ inline constexpr const char* kNSLocalizedFailureReasonErrorKey = "NSLocalizedFai
 inline constexpr const char* kNSUnderlyingErrorKey = "NSUnderlyingError";
 inline constexpr const char* kNSURLErrorFailingURLErrorKey = "NSErrorFailingURLKey";
 inline constexpr const char* kNSURLErrorFailingURLStringErrorKey = "NSErrorFailingURLStringKey";
+/// The platform's domain for errno values.
+inline constexpr const char* kNSPOSIXErrorDomain = "NSPOSIXErrorDomain";
 /// The platform's URL error domain, in which transfer failures and HTTP statuses are reported.
 inline constexpr const char* kNSURLErrorDomain = "NSURLErrorDomain";
 inline constexpr std::int64_t kNSURLErrorCancelled = -999;

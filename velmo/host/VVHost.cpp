@@ -48,7 +48,8 @@ const Field* fieldForKey(std::string_view key) {
 void readFile(const std::filesystem::path& file, VVHost::Settings& settings,
               std::vector<std::string>& warnings) {
     std::error_code ec;
-    if (!std::filesystem::exists(file, ec)) return;
+    // A missing file is normal; one that can't even be looked at (no permission, a link loop) is not.
+    if (!std::filesystem::exists(file, ec) && !ec) return;
     const auto text = Files::read(file);
     if (!text) {
         warnings.push_back(fmt::format("{}: ignored, cannot read the file", file.string()));

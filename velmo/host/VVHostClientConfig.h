@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <string>
 
 #include "velmo/foundation/VDClass.h"
@@ -27,8 +28,8 @@ public:
 
     /// What a host that says nothing gets: no logging endpoint (nothing is sent until one is set),
     /// the library's version for the client and the host, "velmo" and "velmo-cli" for name and id,
-    /// "<system temp>/velmo", the token store's "Velmo-Sketch-Plugin", and "<prefix>/share/velmo"
-    /// beside the running program for resources.
+    /// "$XDG_RUNTIME_DIR/velmo" or else "<system temp>/velmo-<uid>", the token store's
+    /// "Velmo-Sketch-Plugin", and "<prefix>/share/velmo" beside the running program for resources.
     static Values defaults();
 
     const Values& values() const { return values_; }
@@ -37,13 +38,18 @@ public:
     std::string clientVersion() const override { return values_.clientVersion; }
     std::string clientName() const override { return values_.clientName; }
     std::string clientID() const override { return values_.clientID; }
-    std::string tempDir() const override { return values_.tempDir; }
+    /// The folder of `values().tempDir`, created private (0700) at the first call when missing.
+    /// When that name is taken by something other than a folder of this user's, a fresh private
+    /// folder stands in.
+    std::string tempDir() const override;
     std::string keyChainServiceName() const override { return values_.keyChainServiceName; }
     std::string bundle() const override { return values_.bundle; }
     std::string hostVersion() const override { return values_.hostVersion; }
 
 private:
     Values values_;
+    mutable std::once_flag tempDirOnce_;
+    mutable std::string tempDir_;
 };
 
 } // namespace velmo

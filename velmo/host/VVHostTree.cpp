@@ -37,7 +37,9 @@ std::shared_ptr<VVHostTree> VVHostTree::attachDocument(const std::shared_ptr<VDM
     return tree;
 }
 
-VVHostTree::~VVHostTree() { detach(); }
+VVHostTree::~VVHostTree() {
+    detach();
+}
 
 void VVHostTree::detach() {
     for (auto& [key, entry] : entries_) {
@@ -54,7 +56,8 @@ void VVHostTree::addRoot(const std::shared_ptr<VDModelView>& root) {
     install(root, nullptr);
 }
 
-void VVHostTree::install(const std::shared_ptr<VDModelView>& view, const std::shared_ptr<VDModelView>& parent) {
+void VVHostTree::install(const std::shared_ptr<VDModelView>& view,
+                         const std::shared_ptr<VDModelView>& parent) {
     // A view that moves in from elsewhere in the tree leaves its old parent's list first.
     if (auto old = entries_.find(view.get()); old != entries_.end()) {
         if (auto oldParent = old->second.parent.lock(); oldParent && oldParent != parent) {
@@ -68,7 +71,8 @@ void VVHostTree::install(const std::shared_ptr<VDModelView>& view, const std::sh
     entry.children.clear();
     if (parent) {
         auto& siblings = entries_[parent.get()].children;
-        if (std::find(siblings.begin(), siblings.end(), view.get()) == siblings.end()) siblings.push_back(view.get());
+        if (std::find(siblings.begin(), siblings.end(), view.get()) == siblings.end())
+            siblings.push_back(view.get());
     }
     view->setRelatedUIElement(std::static_pointer_cast<VVHostTree>(shared_from_this()));
     for (const Value& v : view->subviews()) {
@@ -80,7 +84,8 @@ void VVHostTree::forget(const VDModelView* view) {
     const auto it = entries_.find(view);
     if (it == entries_.end()) return;
     const std::vector<const VDModelView*> children = it->second.children;
-    if (auto v = it->second.view.lock(); v && v->relatedUIElement().get() == this) v->setRelatedUIElement(nullptr);
+    if (auto v = it->second.view.lock(); v && v->relatedUIElement().get() == this)
+        v->setRelatedUIElement(nullptr);
     entries_.erase(it);
     for (const VDModelView* child : children) {
         const auto c = entries_.find(child);
@@ -136,7 +141,8 @@ void VVHostTree::modelViewDidSetSubviews(VDModelView& view) {
             std::erase(entries_[&view].children, child);
         }
     }
-    for (const auto& sub : added) install(sub, parent);
+    for (const auto& sub : added)
+        install(sub, parent);
     // Keep the index's order that of the list, for walks that follow it.
     auto& children = entries_[&view].children;
     children.clear();

@@ -10,7 +10,9 @@ const VDClass& VDBaseObject::classObject() {
     return cls;
 }
 
-Dictionary VDBaseObject::jsonMap() const { return Dictionary::create(); }
+Dictionary VDBaseObject::jsonMap() const {
+    return Dictionary::create();
+}
 
 Value VDBaseObject::serialize() const {
     auto self = std::const_pointer_cast<Object>(shared_from_this());
@@ -19,13 +21,16 @@ Value VDBaseObject::serialize() const {
 
 void VDBaseObject::initWithSerializableObject(const Value&) {}
 
-std::string VDBaseObject::description() const { return serialize().description(); }
+std::string VDBaseObject::description() const {
+    return serialize().description();
+}
 
 std::shared_ptr<VDBaseObject> VDBaseObject::copy() const {
     return std::dynamic_pointer_cast<VDBaseObject>(objectClass().create());
 }
 
-std::shared_ptr<VDBaseObject> VDBaseObject::makeFromSerializableObject(const VDClass& cls, const Value& object) {
+std::shared_ptr<VDBaseObject> VDBaseObject::makeFromSerializableObject(const VDClass& cls,
+                                                                       const Value& object) {
     auto made = std::dynamic_pointer_cast<VDBaseObject>(cls.create());
     if (!made || !made->isKindOf(cls)) return nullptr;
     made->initWithSerializableObject(object);

@@ -35,8 +35,7 @@ public:
     /// For each element, whatever its kind, an object of `cls`; failures are left out.
     static Array objectsArrayFromArray(const VDClass& cls, const Array& array);
 
-    template <class T>
-    static std::shared_ptr<T> modelFromValue(const Value& value) {
+    template <class T> static std::shared_ptr<T> modelFromValue(const Value& value) {
         return std::static_pointer_cast<T>(modelFromValue(T::classObject(), value));
     }
 

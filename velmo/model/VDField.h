@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "velmo/foundation/Value.h"
+#include "velmo/model/VDNumber.h"
 
 namespace velmo {
 
@@ -46,11 +47,9 @@ namespace detail {
 
 [[noreturn]] void throwFieldMismatch(std::string_view expected, const Value& got);
 
-template <class T>
-struct VDFieldTraits;
+template <class T> struct VDFieldTraits;
 
-template <>
-struct VDFieldTraits<std::optional<std::string>> {
+template <> struct VDFieldTraits<std::optional<std::string>> {
     static constexpr VDFieldKind kind = VDFieldKind::String;
     static Value toValue(const std::optional<std::string>& v) { return v ? Value(*v) : Value(); }
     static std::optional<std::string> fromValue(const Value& v) {
@@ -62,8 +61,7 @@ struct VDFieldTraits<std::optional<std::string>> {
 
 // Scalars take any number (booleans included) and convert it, as the platform's setters by name
 // do; nil can't be stored in a scalar.
-template <class T, VDFieldKind K>
-struct VDScalarTraits {
+template <class T, VDFieldKind K> struct VDScalarTraits {
     static constexpr VDFieldKind kind = K;
     static Value toValue(T v) { return Value(v); }
     static T fromValue(const Value& v) {
@@ -80,33 +78,23 @@ struct VDScalarTraits {
     }
 };
 
-template <>
-struct VDFieldTraits<float> : VDScalarTraits<float, VDFieldKind::Float> {};
-template <>
-struct VDFieldTraits<double> : VDScalarTraits<double, VDFieldKind::Double> {};
-template <>
-struct VDFieldTraits<std::int32_t> : VDScalarTraits<std::int32_t, VDFieldKind::Int32> {};
-template <>
-struct VDFieldTraits<std::int64_t> : VDScalarTraits<std::int64_t, VDFieldKind::Int64> {};
+template <> struct VDFieldTraits<float> : VDScalarTraits<float, VDFieldKind::Float> {};
+template <> struct VDFieldTraits<double> : VDScalarTraits<double, VDFieldKind::Double> {};
+template <> struct VDFieldTraits<std::int32_t> : VDScalarTraits<std::int32_t, VDFieldKind::Int32> {};
+template <> struct VDFieldTraits<std::int64_t> : VDScalarTraits<std::int64_t, VDFieldKind::Int64> {};
 // A one-byte flag is a number like any other in the dictionary form: 0 or 1, never true/false.
-template <>
-struct VDFieldTraits<bool> : VDScalarTraits<bool, VDFieldKind::Flag> {
+template <> struct VDFieldTraits<bool> : VDScalarTraits<bool, VDFieldKind::Flag> {
     static Value toValue(bool v) { return Value(v ? 1 : 0); }
 };
 
-template <>
-struct VDFieldTraits<std::optional<double>> {
+template <> struct VDFieldTraits<VDNumber> {
     static constexpr VDFieldKind kind = VDFieldKind::Number;
-    static Value toValue(const std::optional<double>& v) { return v ? Value(*v) : Value(); }
-    static std::optional<double> fromValue(const Value& v) {
-        if (v.isNone()) return std::nullopt;
-        if (!v.isNumber()) throwFieldMismatch("number", v);
-        return v.doubleValue();
-    }
+    static Value toValue(const VDNumber& v) { return v.value(); }
+    static VDNumber fromValue(const Value& v) { return VDNumber::fromValue(v); }
 };
 
 template <class M>
-    requires std::is_base_of_v<VDModel, M>
+requires std::is_base_of_v<VDModel, M>
 struct VDFieldTraits<std::shared_ptr<M>> {
     static constexpr VDFieldKind kind = VDFieldKind::Model;
     static Value toValue(const std::shared_ptr<M>& v) { return Value(v); }
@@ -118,8 +106,7 @@ struct VDFieldTraits<std::shared_ptr<M>> {
     }
 };
 
-template <>
-struct VDFieldTraits<Array> {
+template <> struct VDFieldTraits<Array> {
     static constexpr VDFieldKind kind = VDFieldKind::Array;
     static Value toValue(const Array& v) { return Value(v); }
     static Array fromValue(const Value& v) {
@@ -129,8 +116,7 @@ struct VDFieldTraits<Array> {
     }
 };
 
-template <>
-struct VDFieldTraits<Dictionary> {
+template <> struct VDFieldTraits<Dictionary> {
     static constexpr VDFieldKind kind = VDFieldKind::Dictionary;
     static Value toValue(const Dictionary& v) { return Value(v); }
     static Dictionary fromValue(const Value& v) {
@@ -140,39 +126,31 @@ struct VDFieldTraits<Dictionary> {
     }
 };
 
-template <>
-struct VDFieldTraits<Value> {
+template <> struct VDFieldTraits<Value> {
     static constexpr VDFieldKind kind = VDFieldKind::Any;
     static Value toValue(const Value& v) { return v; }
     static Value fromValue(const Value& v) { return v.isNull() ? Value() : v; }
 };
 
-template <class M>
-struct VDGetter;
-template <class C, class R>
-struct VDGetter<R (C::*)() const> {
+template <class M> struct VDGetter;
+template <class C, class R> struct VDGetter<R (C::*)() const> {
     using Class = C;
     using Type = std::remove_cvref_t<R>;
 };
-template <class C, class R>
-struct VDGetter<R (C::*)() const noexcept> : VDGetter<R (C::*)() const> {};
+template <class C, class R> struct VDGetter<R (C::*)() const noexcept> : VDGetter<R (C::*)() const> {};
 
-template <class M>
-struct VDSetter;
-template <class C, class A>
-struct VDSetter<void (C::*)(A)> {
+template <class M> struct VDSetter;
+template <class C, class A> struct VDSetter<void (C::*)(A)> {
     using Class = C;
     using Type = std::remove_cvref_t<A>;
 };
 
-template <auto Getter>
-Value getThunk(const VDModel& model) {
+template <auto Getter> Value getThunk(const VDModel& model) {
     using G = VDGetter<decltype(Getter)>;
     return VDFieldTraits<typename G::Type>::toValue((static_cast<const typename G::Class&>(model).*Getter)());
 }
 
-template <auto Setter>
-void setThunk(VDModel& model, const Value& value) {
+template <auto Setter> void setThunk(VDModel& model, const Value& value) {
     using S = VDSetter<decltype(Setter)>;
     (static_cast<typename S::Class&>(model).*Setter)(VDFieldTraits<typename S::Type>::fromValue(value));
 }
@@ -180,18 +158,17 @@ void setThunk(VDModel& model, const Value& value) {
 } // namespace detail
 
 /// A table line from a getter and a setter: `field<&VDModelColor::red, &VDModelColor::setRed>("red")`.
-template <auto Getter, auto Setter>
-constexpr VDField field(std::string_view name) {
+template <auto Getter, auto Setter> constexpr VDField field(std::string_view name) {
     using G = detail::VDGetter<decltype(Getter)>;
     using S = detail::VDSetter<decltype(Setter)>;
-    static_assert(std::is_same_v<typename G::Type, typename S::Type>, "getter and setter disagree on the type");
+    static_assert(std::is_same_v<typename G::Type, typename S::Type>,
+                  "getter and setter disagree on the type");
     return VDField{name, detail::VDFieldTraits<typename G::Type>::kind, true, &detail::getThunk<Getter>,
                    &detail::setThunk<Setter>};
 }
 
 /// A field reachable by name that stays out of `fieldNames`: never encoded, decoded or copied.
-template <auto Getter, auto Setter>
-constexpr VDField unlistedField(std::string_view name) {
+template <auto Getter, auto Setter> constexpr VDField unlistedField(std::string_view name) {
     VDField f = field<Getter, Setter>(name);
     f.listed = false;
     return f;

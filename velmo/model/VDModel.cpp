@@ -18,13 +18,13 @@ void throwFieldMismatch(std::string_view expected, const Value& got) {
 } // namespace detail
 
 const VDModelClass& VDModel::classObject() {
-    static const VDModelClass cls(
-        "VDModel", nullptr, [] { return std::static_pointer_cast<Object>(create()); },
-        {
-            field<&VDModel::modelID, &VDModel::setModelID>("modelID"),
-            field<&VDModel::variableID, &VDModel::setVariableID>("variableID"),
-            field<&VDModel::md5, &VDModel::setMd5>("md5"),
-        });
+    static const VDModelClass cls("VDModel", nullptr,
+                                  [] { return std::static_pointer_cast<Object>(create()); },
+                                  {
+                                      field<&VDModel::modelID, &VDModel::setModelID>("modelID"),
+                                      field<&VDModel::variableID, &VDModel::setVariableID>("variableID"),
+                                      field<&VDModel::md5, &VDModel::setMd5>("md5"),
+                                  });
     return cls;
 }
 
@@ -52,13 +52,15 @@ void VDModel::initWithDictionary(const Dictionary& dictionary) {
 
 VDModel::NameList VDModel::fieldNames() const {
     NameList names;
-    for (const VDField* f : fields()) names.push_back(f->name);
+    for (const VDField* f : fields())
+        names.push_back(f->name);
     return names;
 }
 
 VDModel::NameList VDModel::lightFieldNames() const {
     NameList names;
-    for (const VDField* f : lightFields()) names.push_back(f->name);
+    for (const VDField* f : lightFields())
+        names.push_back(f->name);
     return names;
 }
 
@@ -84,7 +86,7 @@ void VDModel::setValueForKey(const Value& value, std::string_view key) {
 
 // ---------------------------------------------------------------- encoding
 
-Dictionary VDModel::encodeFields(const FieldList& list) {
+Dictionary VDModel::encodeFields(bool light) {
     // Encoding always shows the permanent state: overrides are taken away for the time of the
     // encode and put back after it.
     Dictionary snapshot;
@@ -92,6 +94,7 @@ Dictionary VDModel::encodeFields(const FieldList& list) {
         snapshot = currentOverrides();
         clearOverrides();
     }
+    const FieldList list = light ? lightFields() : fields();
     Dictionary result = Dictionary::create(list.size() + 2);
     result.set("model_version", Value(0));
     result.set("model_class", Value(modelClass().name()));
@@ -103,9 +106,13 @@ Dictionary VDModel::encodeFields(const FieldList& list) {
     return result;
 }
 
-Dictionary VDModel::toDictionary() { return encodeFields(lightFields()); }
+Dictionary VDModel::toDictionary() {
+    return encodeFields(true);
+}
 
-Dictionary VDModel::toDictionaryWithAllFields() { return encodeFields(fields()); }
+Dictionary VDModel::toDictionaryWithAllFields() {
+    return encodeFields(false);
+}
 
 Dictionary VDModel::toDictionaryWithFields(const NameList& names) {
     Dictionary result = Dictionary::create(names.size() + 2);
@@ -128,20 +135,24 @@ std::string VDModel::toJson() {
 
 Value VDModel::encodeItem(const Value& item) {
     switch (item.kind()) {
-    case Value::Kind::Model: return Value(item.objectAs<VDModel>()->toDictionary());
+    case Value::Kind::Model:
+        return Value(item.objectAs<VDModel>()->toDictionary());
     case Value::Kind::Array: {
         const Array source = item.array();
         Array out = Array::create(source.size());
-        for (const Value& v : source) out.push_back(encodeItem(v));
+        for (const Value& v : source)
+            out.push_back(encodeItem(v));
         return Value(out);
     }
     case Value::Kind::Dictionary: {
         const Dictionary source = item.dictionary();
         Dictionary out = Dictionary::create(source.size());
-        for (const auto& e : source) out.setEntry(e.key, encodeItem(e.value));
+        for (const auto& e : source)
+            out.setEntry(e.key, encodeItem(e.value));
         return Value(out);
     }
-    default: return item;
+    default:
+        return item;
     }
 }
 
@@ -166,7 +177,7 @@ Value VDModel::decodeItem(const Value& item) {
     switch (item.kind()) {
     case Value::Kind::Dictionary: {
         const Dictionary source = item.dictionary();
-        if (!source.get("model_class").isNil()) return Value(decodeModelFromDictionary(source));
+        if (!source.get("model_class").isNone()) return Value(decodeModelFromDictionary(source));
         Dictionary out = Dictionary::create(source.size());
         for (const auto& e : source) {
             Value decoded = decodeItem(e.value);
@@ -183,7 +194,8 @@ Value VDModel::decodeItem(const Value& item) {
         }
         return Value(out);
     }
-    default: return item;
+    default:
+        return item;
     }
 }
 
@@ -285,14 +297,19 @@ void VDModel::clearOverrides() {
 
 // ---------------------------------------------------------------- notifications
 
-void VDModel::postUpdateNotification() { postUpdateNotificationType(kModelUpdateTypeUpdate); }
+void VDModel::postUpdateNotification() {
+    postUpdateNotificationType(kModelUpdateTypeUpdate);
+}
 
-void VDModel::postUpdateNotificationType(std::uint32_t type) { postUpdateNotificationType(type, Dictionary()); }
+void VDModel::postUpdateNotificationType(std::uint32_t type) {
+    postUpdateNotificationType(type, Dictionary());
+}
 
 void VDModel::postUpdateNotificationType(std::uint32_t type, const Dictionary& userInfo) {
     Dictionary info = Dictionary::create(userInfo.size() + 1);
     info.set("type", Value(type));
-    for (const auto& e : userInfo) info.setEntry(e.key, e.value);
+    for (const auto& e : userInfo)
+        info.setEntry(e.key, e.value);
     NotificationCenter::defaultCenter().post(kModelUpdatedNotification, shared_from_this(), info);
 }
 
@@ -302,23 +319,29 @@ void VDModel::postStateUpdatedNotification() {
 
 // ---------------------------------------------------------------- traversal
 
-void VDModel::enumerateModelsWithBlock(const ModelBlock& block) { enumerateModelsForItem(Value(sharedFromThis()), block); }
+void VDModel::enumerateModelsWithBlock(const ModelBlock& block) {
+    enumerateModelsForItem(Value(sharedFromThis()), block);
+}
 
 void VDModel::enumerateModelsForItem(const Value& item, const ModelBlock& block) {
     switch (item.kind()) {
     case Value::Kind::Model: {
         const auto model = item.objectAs<VDModel>();
         block(model);
-        for (const VDField* f : model->fields()) enumerateModelsForItem(f->get(*model), block);
+        for (const VDField* f : model->fields())
+            enumerateModelsForItem(f->get(*model), block);
         break;
     }
     case Value::Kind::Dictionary:
-        for (const auto& e : item.dictionary()) enumerateModelsForItem(e.value, block);
+        for (const auto& e : item.dictionary())
+            enumerateModelsForItem(e.value, block);
         break;
     case Value::Kind::Array:
-        for (const Value& v : item.array()) enumerateModelsForItem(v, block);
+        for (const Value& v : item.array())
+            enumerateModelsForItem(v, block);
         break;
-    default: break;
+    default:
+        break;
     }
 }
 
@@ -331,9 +354,13 @@ std::atomic<std::shared_ptr<VDModelMapping>>& mappingSlot() {
 }
 } // namespace
 
-std::shared_ptr<VDModelMapping> VDModel::mapping() { return mappingSlot().load(); }
+std::shared_ptr<VDModelMapping> VDModel::mapping() {
+    return mappingSlot().load();
+}
 
-void VDModel::setMapping(std::shared_ptr<VDModelMapping> mapping) { mappingSlot().store(std::move(mapping)); }
+void VDModel::setMapping(std::shared_ptr<VDModelMapping> mapping) {
+    mappingSlot().store(std::move(mapping));
+}
 
 const DateFormatter& VDModel::dateFormatter() {
     static const DateFormatter formatter;

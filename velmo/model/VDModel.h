@@ -36,23 +36,27 @@ public:
 
 /// Declares the metaclass accessors and the factories of a model class, and keeps its
 /// constructor for the factories, which fill the defaults after construction.
-#define VD_MODEL_CLASS(Name)                                                                              \
-    VD_MODEL_CLASS_FACTORIES(Name)                                                                        \
-protected:                                                                                                \
-    Name() = default;                                                                                     \
-    friend class ::velmo::VDModel;                                                                        \
-                                                                                                          \
+#define VD_MODEL_CLASS(Name)                                                                                 \
+    VD_MODEL_CLASS_FACTORIES(Name)                                                                           \
+protected:                                                                                                   \
+    Name() = default;                                                                                        \
+    friend class ::velmo::VDModel;                                                                           \
+                                                                                                             \
 public:
 
-#define VD_MODEL_CLASS_FACTORIES(Name)                                                                    \
-public:                                                                                                   \
-    static const ::velmo::VDModelClass& classObject();                                                    \
-    const ::velmo::VDClass& objectClass() const override { return classObject(); }                        \
-    /** A new object with its defaults (the platform's `init`). */                                       \
-    static std::shared_ptr<Name> create() { return ::velmo::VDModel::make<Name>(); }                      \
-    /** `initWithDictionary:`: defaults, then the dictionary's fields. */                                 \
-    static std::shared_ptr<Name> createWithDictionary(const ::velmo::Dictionary& dictionary) {            \
-        return ::velmo::VDModel::makeWithDictionary<Name>(dictionary);                                    \
+#define VD_MODEL_CLASS_FACTORIES(Name)                                                                       \
+public:                                                                                                      \
+    static const ::velmo::VDModelClass& classObject();                                                       \
+    const ::velmo::VDClass& objectClass() const override {                                                   \
+        return classObject();                                                                                \
+    }                                                                                                        \
+    /** A new object with its defaults (the platform's `init`). */                                           \
+    static std::shared_ptr<Name> create() {                                                                  \
+        return ::velmo::VDModel::make<Name>();                                                               \
+    }                                                                                                        \
+    /** `initWithDictionary:`: defaults, then the dictionary's fields. */                                    \
+    static std::shared_ptr<Name> createWithDictionary(const ::velmo::Dictionary& dictionary) {               \
+        return ::velmo::VDModel::makeWithDictionary<Name>(dictionary);                                       \
     }
 
 /// The root of every document object: screens, views, states, actions, value records, fonts.
@@ -74,11 +78,9 @@ class VDModel : public Object {
     const VDModelClass& modelClass() const { return static_cast<const VDModelClass&>(objectClass()); }
 
     /// A new object of class `T` with its defaults.
-    template <class T>
-    static std::shared_ptr<T> make();
+    template <class T> static std::shared_ptr<T> make();
     /// A new object of class `T` from a dictionary: defaults, then `initWithDictionary`.
-    template <class T>
-    static std::shared_ptr<T> makeWithDictionary(const Dictionary& dictionary);
+    template <class T> static std::shared_ptr<T> makeWithDictionary(const Dictionary& dictionary);
     /// The same for a class known only by its metaclass; nullptr when it isn't a model class.
     static std::shared_ptr<VDModel> makeWithDictionary(const VDClass& cls, const Dictionary& dictionary);
 
@@ -106,7 +108,9 @@ class VDModel : public Object {
     void setUserChangedModelID(bool changed) { userChangedModelID_ = changed ? 1 : 0; }
     /// The permanent values saved while overrides are in force; never encoded.
     const Dictionary& originalStateOverrides() const { return originalStateOverrides_; }
-    void setOriginalStateOverrides(const Dictionary& overrides) { originalStateOverrides_ = overrides.copy(); }
+    void setOriginalStateOverrides(const Dictionary& overrides) {
+        originalStateOverrides_ = overrides.copy();
+    }
 
     // ---- field lists
 
@@ -202,13 +206,17 @@ class VDModel : public Object {
     /// The one shared formatter for the service's dates ("yyyy-MM-dd'T'HH:mm:ss", UTC).
     static const DateFormatter& dateFormatter();
 
-    std::shared_ptr<VDModel> sharedFromThis() { return std::static_pointer_cast<VDModel>(shared_from_this()); }
+    std::shared_ptr<VDModel> sharedFromThis() {
+        return std::static_pointer_cast<VDModel>(shared_from_this());
+    }
 
 protected:
     VDModel() = default;
 
 private:
-    Dictionary encodeFields(const FieldList& fields);
+    /// The light or the full list, chosen after the overrides are taken away: the light list
+    /// may depend on values that an override changes.
+    Dictionary encodeFields(bool light);
 
     std::optional<std::string> modelID_;
     std::optional<std::string> variableID_;
@@ -220,29 +228,23 @@ private:
 namespace detail {
 // Lets the factories reach a class's protected constructor while allocating object and count
 // together.
-template <class T>
-struct VDModelAllocation final : T {
-    VDModelAllocation() = default;
-};
+template <class T> struct VDModelAllocation final : T { VDModelAllocation() = default; };
 } // namespace detail
 
-template <class T>
-std::shared_ptr<T> VDModel::make() {
+template <class T> std::shared_ptr<T> VDModel::make() {
     std::shared_ptr<T> model = std::make_shared<detail::VDModelAllocation<T>>();
     model->fillDefaultValues();
     return model;
 }
 
-template <class T>
-std::shared_ptr<T> VDModel::makeWithDictionary(const Dictionary& dictionary) {
+template <class T> std::shared_ptr<T> VDModel::makeWithDictionary(const Dictionary& dictionary) {
     std::shared_ptr<T> model = make<T>();
     model->initWithDictionary(dictionary);
     return model;
 }
 
 /// A typed `copy`: the copy of a model is always of the model's own class.
-template <class T>
-std::shared_ptr<T> modelCopy(const std::shared_ptr<T>& model) {
+template <class T> std::shared_ptr<T> modelCopy(const std::shared_ptr<T>& model) {
     return model ? std::static_pointer_cast<T>(model->copy()) : nullptr;
 }
 

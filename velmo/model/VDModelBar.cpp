@@ -4,16 +4,16 @@ namespace velmo {
 
 const VDModelClass& VDModelBar::classObject() {
     using C = VDModelBar;
-    static const VDModelClass cls(
-        "VDModelBar", &VDModel::classObject(), [] { return std::static_pointer_cast<Object>(create()); },
-        {
-            field<&C::transparent, &C::setTransparent>("transparent"),
-            field<&C::tint, &C::setTint>("tint"),
-            field<&C::color, &C::setColor>("color"),
-            field<&C::titleColor, &C::setTitleColor>("titleColor"),
-            field<&C::titleTextSize, &C::setTitleTextSize>("titleTextSize"),
-            field<&C::titleFont, &C::setTitleFont>("titleFont"),
-        });
+    static const VDModelClass cls("VDModelBar", &VDModel::classObject(),
+                                  [] { return std::static_pointer_cast<Object>(create()); },
+                                  {
+                                      field<&C::transparent, &C::setTransparent>("transparent"),
+                                      field<&C::tint, &C::setTint>("tint"),
+                                      field<&C::color, &C::setColor>("color"),
+                                      field<&C::titleColor, &C::setTitleColor>("titleColor"),
+                                      field<&C::titleTextSize, &C::setTitleTextSize>("titleTextSize"),
+                                      field<&C::titleFont, &C::setTitleFont>("titleFont"),
+                                  });
     return cls;
 }
 

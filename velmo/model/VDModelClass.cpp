@@ -23,9 +23,8 @@ VDModelClass::VDModelClass(std::string_view name, const VDModelClass* superclass
     if (superclass) {
         byName_ = superclass->byName_;
         for (const VDField* f : superclass->fieldList_) {
-            const bool removed =
-                std::find(options.removedFields.begin(), options.removedFields.end(), f->name) !=
-                options.removedFields.end();
+            const bool removed = std::find(options.removedFields.begin(), options.removedFields.end(),
+                                           f->name) != options.removedFields.end();
             if (!removed) fieldList_.push_back(f);
         }
     }
@@ -34,7 +33,8 @@ VDModelClass::VDModelClass(std::string_view name, const VDModelClass* superclass
         if (f.listed) fieldList_.push_back(&f);
     }
     fieldNames_.reserve(fieldList_.size());
-    for (const VDField* f : fieldList_) fieldNames_.push_back(f->name);
+    for (const VDField* f : fieldList_)
+        fieldNames_.push_back(f->name);
 }
 
 const VDField* VDModelClass::fieldNamed(std::string_view name) const {

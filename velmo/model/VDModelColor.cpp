@@ -2,21 +2,22 @@
 
 #include <fmt/format.h>
 
+#include "velmo/foundation/Utf8.h"
 #include "velmo/model/values/StringExtensions.h"
 
 namespace velmo {
 
 const VDModelClass& VDModelColor::classObject() {
     using C = VDModelColor;
-    static const VDModelClass cls(
-        "VDModelColor", &VDModel::classObject(), [] { return std::static_pointer_cast<Object>(create()); },
-        {
-            field<&C::red, &C::setRed>("red"),
-            field<&C::green, &C::setGreen>("green"),
-            field<&C::blue, &C::setBlue>("blue"),
-            field<&C::alpha, &C::setAlpha>("alpha"),
-        },
-        {.removedFields = {"variableID"}});
+    static const VDModelClass cls("VDModelColor", &VDModel::classObject(),
+                                  [] { return std::static_pointer_cast<Object>(create()); },
+                                  {
+                                      field<&C::red, &C::setRed>("red"),
+                                      field<&C::green, &C::setGreen>("green"),
+                                      field<&C::blue, &C::setBlue>("blue"),
+                                      field<&C::alpha, &C::setAlpha>("alpha"),
+                                  },
+                                  {.removedFields = {"variableID"}});
     return cls;
 }
 
@@ -33,13 +34,21 @@ std::shared_ptr<VDModelColor> VDModelColor::colorWithRed(float red, float green,
     return color;
 }
 
-std::shared_ptr<VDModelColor> VDModelColor::blackColor() { return colorWithRed(0, 0, 0, 1); }
-std::shared_ptr<VDModelColor> VDModelColor::whiteColor() { return colorWithRed(1, 1, 1, 1); }
-std::shared_ptr<VDModelColor> VDModelColor::clearColor() { return colorWithRed(1, 1, 1, 0); }
+std::shared_ptr<VDModelColor> VDModelColor::blackColor() {
+    return colorWithRed(0, 0, 0, 1);
+}
+std::shared_ptr<VDModelColor> VDModelColor::whiteColor() {
+    return colorWithRed(1, 1, 1, 1);
+}
+std::shared_ptr<VDModelColor> VDModelColor::clearColor() {
+    return colorWithRed(1, 1, 1, 0);
+}
 std::shared_ptr<VDModelColor> VDModelColor::navBarDefaultColor() {
     return colorWithRed(250 / 255.0f, 250 / 255.0f, 250 / 255.0f, 1);
 }
-std::shared_ptr<VDModelColor> VDModelColor::navBarDefaultTintColor() { return colorWithRed(0, 107 / 255.0f, 1, 1); }
+std::shared_ptr<VDModelColor> VDModelColor::navBarDefaultTintColor() {
+    return colorWithRed(0, 107 / 255.0f, 1, 1);
+}
 std::shared_ptr<VDModelColor> VDModelColor::tableSeperatorDefaultColor() {
     return colorWithRed(200 / 255.0f, 199 / 255.0f, 204 / 255.0f, 1);
 }
@@ -49,16 +58,20 @@ std::shared_ptr<VDModelColor> VDModelColor::placeHolderColor() {
 
 namespace detail {
 
-void readHexTriple(std::string_view digits, int& red, int& green, int& blue) {
+void readHexTriple(std::u32string_view digits, int& red, int& green, int& blue) {
     const auto pair = [&](std::size_t at) {
         int value = 0;
         for (std::size_t i = at; i < at + 2 && i < digits.size(); ++i) {
-            const char c = digits[i];
+            const char32_t c = digits[i];
             int digit;
-            if (c >= '0' && c <= '9') digit = c - '0';
-            else if (c >= 'A' && c <= 'F') digit = c - 'A' + 10;
-            else if (c >= 'a' && c <= 'f') digit = c - 'a' + 10;
-            else break;
+            if (c >= '0' && c <= '9')
+                digit = c - '0';
+            else if (c >= 'A' && c <= 'F')
+                digit = c - 'A' + 10;
+            else if (c >= 'a' && c <= 'f')
+                digit = c - 'a' + 10;
+            else
+                break;
             value = value * 16 + digit;
         }
         return value;
@@ -68,11 +81,14 @@ void readHexTriple(std::string_view digits, int& red, int& green, int& blue) {
     blue = pair(4);
 }
 
-std::optional<std::string> hexColorDigits(std::string_view text) {
-    std::string s = toUpperAscii(trimBlanks(text));
+std::optional<std::u32string> hexColorDigits(std::string_view text) {
+    const std::string upper = toUpperAscii(trimBlanks(text));
+    std::u32string s;
+    for (std::size_t at = 0; at < upper.size();)
+        s += Utf8::next(upper, at);
     if (s.size() <= 5) return std::nullopt;
-    if (s.starts_with("0X")) s.erase(0, 2);
-    if (s.starts_with("#")) s.erase(0, 1);
+    if (s.starts_with(U"0X")) s.erase(0, 2);
+    if (s.starts_with(U"#")) s.erase(0, 1);
     return s;
 }
 
@@ -91,7 +107,9 @@ std::string VDModelColor::hex() const {
     return fmt::format("#{:02x}{:02x}{:02x}", byte(red_), byte(green_), byte(blue_));
 }
 
-bool VDModelColor::isTransparent() const { return static_cast<double>(alpha_) < 0.04; }
+bool VDModelColor::isTransparent() const {
+    return static_cast<double>(alpha_) < 0.04;
+}
 
 bool VDModelColor::isWhite() const {
     return static_cast<double>(red_) > 0.96 && static_cast<double>(blue_) > 0.96 &&

@@ -62,10 +62,10 @@ private:
 namespace detail {
 /// The three two-digit hexadecimal numbers at the start of `digits`, each a pair that doesn't
 /// read counting as 0 (a pair read as far as its digits go).
-void readHexTriple(std::string_view digits, int& red, int& green, int& blue);
-/// The common front of the hex colour readers: trimmed, upper-cased, without "0X" then "#".
-/// Gives nothing for text of five characters or fewer.
-std::optional<std::string> hexColorDigits(std::string_view text);
+void readHexTriple(std::u32string_view digits, int& red, int& green, int& blue);
+/// The common front of the hex colour readers: trimmed, upper-cased, without "0X" then "#", as
+/// characters. Gives nothing for text of five characters or fewer.
+std::optional<std::u32string> hexColorDigits(std::string_view text);
 } // namespace detail
 
 } // namespace velmo

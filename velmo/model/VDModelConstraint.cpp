@@ -7,14 +7,14 @@ namespace velmo {
 
 const VDModelClass& VDModelConstraint::classObject() {
     using C = VDModelConstraint;
-    static const VDModelClass cls(
-        "VDModelConstraint", &VDModel::classObject(), [] { return std::static_pointer_cast<Object>(create()); },
-        {
-            field<&C::enabled, &C::setEnabled>("enabled"),
-            field<&C::multiplier, &C::setMultiplier>("multiplier"),
-            field<&C::constant, &C::setConstant>("constant"),
-        },
-        {.removedFields = {"variableID"}});
+    static const VDModelClass cls("VDModelConstraint", &VDModel::classObject(),
+                                  [] { return std::static_pointer_cast<Object>(create()); },
+                                  {
+                                      field<&C::enabled, &C::setEnabled>("enabled"),
+                                      field<&C::multiplier, &C::setMultiplier>("multiplier"),
+                                      field<&C::constant, &C::setConstant>("constant"),
+                                  },
+                                  {.removedFields = {"variableID"}});
     return cls;
 }
 
@@ -22,8 +22,9 @@ std::size_t VDModelConstraint::hash() const {
     const float value = multiplier_ * 10000.0f + constant_;
     // Negative values wrap, as the platform's conversion through a signed register does.
     if (std::isnan(value)) return 0;
-    if (value >= static_cast<float>(std::numeric_limits<std::int64_t>::max())) {
-        return static_cast<std::size_t>(std::numeric_limits<std::int64_t>::max());
+    if (value >= 0) {
+        return value >= 18446744073709551616.0f ? std::numeric_limits<std::size_t>::max()
+                                                : static_cast<std::size_t>(value);
     }
     if (value <= static_cast<float>(std::numeric_limits<std::int64_t>::min())) {
         return static_cast<std::size_t>(std::numeric_limits<std::int64_t>::min());

@@ -11,13 +11,13 @@ constexpr std::array<std::string_view, 4> kTypeNames = {"Empty List", "CSV", "JS
 
 const VDModelClass& VDModelDataList::classObject() {
     using C = VDModelDataList;
-    static const VDModelClass cls(
-        "VDModelDataList", &VDModel::classObject(), [] { return std::static_pointer_cast<Object>(create()); },
-        {
-            field<&C::type, &C::setType>("type"),
-            field<&C::fileNameOrUrl, &C::setFileNameOrUrl>("fileNameOrUrl"),
-            field<&C::jsonPathToList, &C::setJsonPathToList>("jsonPathToList"),
-        });
+    static const VDModelClass cls("VDModelDataList", &VDModel::classObject(),
+                                  [] { return std::static_pointer_cast<Object>(create()); },
+                                  {
+                                      field<&C::type, &C::setType>("type"),
+                                      field<&C::fileNameOrUrl, &C::setFileNameOrUrl>("fileNameOrUrl"),
+                                      field<&C::jsonPathToList, &C::setJsonPathToList>("jsonPathToList"),
+                                  });
     return cls;
 }
 

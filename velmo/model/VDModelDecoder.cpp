@@ -10,7 +10,8 @@
 namespace velmo {
 
 VDModelDecoder::VDModelDecoder() {
-    for (const VDClass* cls : registerModelClasses()) registerClass(*cls);
+    for (const VDClass* cls : registerModelClasses())
+        registerClass(*cls);
 }
 
 const std::shared_ptr<VDModelDecoder>& VDModelDecoder::sharedInstance() {
@@ -25,8 +26,10 @@ const std::shared_ptr<VDModelDecoder>& VDModelDecoder::sharedInstance() {
 std::shared_ptr<VDModel> VDModelDecoder::modelObjectFromDictionary(const Dictionary& dictionary) {
     if (!VDModel::mapping()) VDModel::setMapping(sharedInstance());
     const std::shared_ptr<VDModelMapping> map = VDModel::mapping();
-    const VDClass* cls = map ? map->classForModelClassName(dictionary.get("model_class").stringView()) : nullptr;
-    if (cls && cls->isSubclassOf(VDModel::classObject())) return VDModel::makeWithDictionary(*cls, dictionary);
+    const VDClass* cls =
+        map ? map->classForModelClassName(dictionary.get("model_class").stringView()) : nullptr;
+    if (cls && cls->isSubclassOf(VDModel::classObject()))
+        return VDModel::makeWithDictionary(*cls, dictionary);
     SystemLog::log(fmt::format("Wrong model class in dictionary: {}", Value(dictionary).description()));
     return nullptr;
 }

@@ -20,14 +20,14 @@ public:
     /// so a look-up keyed on the class name gives the same answers; the registry enters these
     /// classes first, in this order, as they exist.
     static constexpr std::array<std::string_view, 31> kFastTableNames = {
-        "VDModelViewConstraints", "VDModelConstraint", "VDModelHover",       "VDModelApp",
-        "VDModelWidget",          "VDModelScreen",     "VDModelLabel",       "VDModelView",
-        "VDModelImageView",       "VDModelTableView",  "VDModelCellView",    "VDModelTextView",
-        "VDModelMapView",         "VDModelWebView",    "VDModelSliderView",  "VDModelSwitchView",
+        "VDModelViewConstraints", "VDModelConstraint",   "VDModelHover",          "VDModelApp",
+        "VDModelWidget",          "VDModelScreen",       "VDModelLabel",          "VDModelView",
+        "VDModelImageView",       "VDModelTableView",    "VDModelCellView",       "VDModelTextView",
+        "VDModelMapView",         "VDModelWebView",      "VDModelSliderView",     "VDModelSwitchView",
         "VDModelGradientView",    "VDModelProgressView", "VDModelCollectionView", "VDModelVideoView",
-        "VDModelBlurView",        "VDModelTabBarScreen", "VDModelTabBar",    "VDModelTabBarItem",
-        "VDModelStackView",       "VDModelSubmitAction", "VDModelViewPadding", "VDModelFrame",
-        "VDModelBorder",          "VDModelShadow",     "VDModelSpecsInfo",
+        "VDModelBlurView",        "VDModelTabBarScreen", "VDModelTabBar",         "VDModelTabBarItem",
+        "VDModelStackView",       "VDModelSubmitAction", "VDModelViewPadding",    "VDModelFrame",
+        "VDModelBorder",          "VDModelShadow",       "VDModelSpecsInfo",
     };
 
     /// The shared instance; making it installs it with `VDModel::setMapping`.

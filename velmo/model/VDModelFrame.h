@@ -12,14 +12,14 @@ class VDModelFrame : public VDModel {
 
     bool needsModelID() const override { return false; }
 
-    const std::optional<double>& x() const { return x_; }
-    void setX(std::optional<double> v) { x_ = v; }
-    const std::optional<double>& y() const { return y_; }
-    void setY(std::optional<double> v) { y_ = v; }
-    const std::optional<double>& width() const { return width_; }
-    void setWidth(std::optional<double> v) { width_ = v; }
-    const std::optional<double>& height() const { return height_; }
-    void setHeight(std::optional<double> v) { height_ = v; }
+    const VDNumber& x() const { return x_; }
+    void setX(VDNumber v) { x_ = v; }
+    const VDNumber& y() const { return y_; }
+    void setY(VDNumber v) { y_ = v; }
+    const VDNumber& width() const { return width_; }
+    void setWidth(VDNumber v) { width_ = v; }
+    const VDNumber& height() const { return height_; }
+    void setHeight(VDNumber v) { height_ = v; }
 
     /// Same object, or one of this class or a subclass whose four numbers are equal. A nil side
     /// never compares equal, so two frames with a nil side are unequal.
@@ -28,7 +28,7 @@ class VDModelFrame : public VDModel {
     std::size_t hash() const override;
 
 private:
-    std::optional<double> x_, y_, width_, height_;
+    VDNumber x_, y_, width_, height_;
 };
 
 } // namespace velmo

@@ -4,16 +4,16 @@ namespace velmo {
 
 const VDModelClass& VDModelGradient::classObject() {
     using C = VDModelGradient;
-    static const VDModelClass cls(
-        "VDModelGradient", &VDModel::classObject(), [] { return std::static_pointer_cast<Object>(create()); },
-        {
-            field<&C::stops, &C::setStops>("stops"),
-            field<&C::to, &C::setTo>("to"),
-            field<&C::from, &C::setFrom>("from"),
-            field<&C::gradientType, &C::setGradientType>("gradientType"),
-            field<&C::elipseLength, &C::setElipseLength>("elipseLength"),
-        },
-        {.removedFields = {"variableID"}});
+    static const VDModelClass cls("VDModelGradient", &VDModel::classObject(),
+                                  [] { return std::static_pointer_cast<Object>(create()); },
+                                  {
+                                      field<&C::stops, &C::setStops>("stops"),
+                                      field<&C::to, &C::setTo>("to"),
+                                      field<&C::from, &C::setFrom>("from"),
+                                      field<&C::gradientType, &C::setGradientType>("gradientType"),
+                                      field<&C::elipseLength, &C::setElipseLength>("elipseLength"),
+                                  },
+                                  {.removedFields = {"variableID"}});
     return cls;
 }
 

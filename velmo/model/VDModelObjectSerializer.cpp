@@ -18,7 +18,8 @@ Value VDModelObjectSerializer::objectToSerializableObject(const Value& value) {
     }
     if (value.isDictionary()) {
         Dictionary out = Dictionary::create(value.dictionary().size());
-        for (const auto& e : value.dictionary()) out.setEntry(e.key, objectToSerializableObject(e.value));
+        for (const auto& e : value.dictionary())
+            out.setEntry(e.key, objectToSerializableObject(e.value));
         return Value(out);
     }
     if (value.isObject()) {

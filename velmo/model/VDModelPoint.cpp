@@ -4,13 +4,13 @@ namespace velmo {
 
 const VDModelClass& VDModelPoint::classObject() {
     using C = VDModelPoint;
-    static const VDModelClass cls(
-        "VDModelPoint", &VDModel::classObject(), [] { return std::static_pointer_cast<Object>(create()); },
-        {
-            field<&C::x, &C::setX>("x"),
-            field<&C::y, &C::setY>("y"),
-        },
-        {.removedFields = {"variableID"}});
+    static const VDModelClass cls("VDModelPoint", &VDModel::classObject(),
+                                  [] { return std::static_pointer_cast<Object>(create()); },
+                                  {
+                                      field<&C::x, &C::setX>("x"),
+                                      field<&C::y, &C::setY>("y"),
+                                  },
+                                  {.removedFields = {"variableID"}});
     return cls;
 }
 

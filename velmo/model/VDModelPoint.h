@@ -13,13 +13,13 @@ class VDModelPoint : public VDModel {
     /// initWithPoint: — plain creation, then both coordinates as number objects.
     static std::shared_ptr<VDModelPoint> createWithPoint(double x, double y);
 
-    const std::optional<double>& x() const { return x_; }
-    void setX(std::optional<double> v) { x_ = v; }
-    const std::optional<double>& y() const { return y_; }
-    void setY(std::optional<double> v) { y_ = v; }
+    const VDNumber& x() const { return x_; }
+    void setX(VDNumber v) { x_ = v; }
+    const VDNumber& y() const { return y_; }
+    void setY(VDNumber v) { y_ = v; }
 
 private:
-    std::optional<double> x_, y_;
+    VDNumber x_, y_;
 };
 
 } // namespace velmo

@@ -55,7 +55,8 @@ void VDModelTheme::mergeFonts(const VDModelTheme& other) {
     if (fonts_.isNil()) return;
     Array merged = fonts_.copy();
     for (const Value& font : other.fonts()) {
-        const bool present = std::any_of(merged.begin(), merged.end(), [&](const Value& v) { return v == font; });
+        const bool present =
+            std::any_of(merged.begin(), merged.end(), [&](const Value& v) { return v == font; });
         if (!present) merged.push_back(font);
     }
     setFonts(merged);

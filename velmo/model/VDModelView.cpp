@@ -99,8 +99,8 @@ VDModel::FieldList VDModelView::lightFields() const {
 
 VDModel::NameList VDModelView::stateAffectedFields() const {
     NameList names = VDModel::stateAffectedFields();
-    for (std::string_view n : {"x", "y", "width", "height", "alpha", "rotation", "rotationX", "rotationY", "scale",
-                               "cornersRadius", "constraints"}) {
+    for (std::string_view n : {"x", "y", "width", "height", "alpha", "rotation", "rotationX", "rotationY",
+                               "scale", "cornersRadius", "constraints"}) {
         names.push_back(n);
     }
     return names;
@@ -122,9 +122,23 @@ void VDModelView::setSubviews(Array v) {
     if (auto element = relatedUIElement()) element->modelViewDidSetSubviews(*this);
 }
 
-void VDModelView::setHover(std::shared_ptr<VDModelHover> v) { hover_ = v ? modelCopy(v) : nullptr; }
+void VDModelView::setRelatedUIElement(const std::shared_ptr<VDModelViewRelatedUIElement>& element) {
+    relatedUIElement_ = element;
+    if (auto object = std::dynamic_pointer_cast<Object>(element)) allRelatedUIElements().addObject(object);
+}
 
-void VDModelView::setEnterAnimation(std::shared_ptr<VDModel> v) { enterAnimation_ = v ? v->copy() : nullptr; }
+VDWeakMutableSet& VDModelView::allRelatedUIElements() {
+    if (!allRelatedUIElements_) allRelatedUIElements_ = std::make_unique<VDWeakMutableSet>();
+    return *allRelatedUIElements_;
+}
+
+void VDModelView::setHover(std::shared_ptr<VDModelHover> v) {
+    hover_ = v ? modelCopy(v) : nullptr;
+}
+
+void VDModelView::setEnterAnimation(std::shared_ptr<VDModel> v) {
+    enterAnimation_ = v ? v->copy() : nullptr;
+}
 
 // ---------------------------------------------------------------- hierarchy
 
@@ -136,7 +150,9 @@ void VDModelView::removeSubview(const VDModelView& view) {
     setSubviews(kept);
 }
 
-void VDModelView::clearConstraints() { setConstraints(VDModelViewConstraints::create()); }
+void VDModelView::clearConstraints() {
+    setConstraints(VDModelViewConstraints::create());
+}
 
 std::shared_ptr<VDModelView> VDModelView::parentView() const {
     auto element = relatedUIElement();
@@ -221,7 +237,8 @@ std::vector<std::string> split(std::string_view text) {
     std::size_t start = 0;
     while (true) {
         const std::size_t at = text.find(kDelimiter, start);
-        parts.emplace_back(text.substr(start, at == std::string_view::npos ? std::string_view::npos : at - start));
+        parts.emplace_back(
+            text.substr(start, at == std::string_view::npos ? std::string_view::npos : at - start));
         if (at == std::string_view::npos) break;
         start = at + 1;
     }
@@ -264,10 +281,13 @@ std::string VDModelView::relativePathToModel(const VDModelView& other) const {
     const auto mine = pathComponents(viewPath());
     const auto theirs = pathComponents(other.viewPath());
     std::size_t common = 0;
-    while (common < mine.size() && common < theirs.size() && mine[common] == theirs[common]) ++common;
+    while (common < mine.size() && common < theirs.size() && mine[common] == theirs[common])
+        ++common;
     std::vector<std::string> parts{"this"};
-    for (std::size_t i = common; i < mine.size(); ++i) parts.emplace_back("parent");
-    for (std::size_t i = common; i < theirs.size(); ++i) parts.push_back(theirs[i]);
+    for (std::size_t i = common; i < mine.size(); ++i)
+        parts.emplace_back("parent");
+    for (std::size_t i = common; i < theirs.size(); ++i)
+        parts.push_back(theirs[i]);
     return join(parts);
 }
 
@@ -275,8 +295,8 @@ std::shared_ptr<VDModelView> VDModelView::modelWithRelativePath(std::string_view
     return modelWithRelativePathComponents(split(path));
 }
 
-std::shared_ptr<VDModelView> VDModelView::modelWithRelativePathComponents(const std::vector<std::string>& components,
-                                                                          std::size_t from) {
+std::shared_ptr<VDModelView>
+VDModelView::modelWithRelativePathComponents(const std::vector<std::string>& components, std::size_t from) {
     auto self = std::static_pointer_cast<VDModelView>(sharedFromThis());
     if (from >= components.size() || components[from].empty()) return self;
     const std::string& head = components[from];
@@ -287,7 +307,8 @@ std::shared_ptr<VDModelView> VDModelView::modelWithRelativePathComponents(const 
     }
     for (const Value& v : subviews()) {
         auto sub = v.objectAs<VDModelView>();
-        if (sub && sub->variableID() == head) return sub->modelWithRelativePathComponents(components, from + 1);
+        if (sub && sub->variableID() == head)
+            return sub->modelWithRelativePathComponents(components, from + 1);
     }
     return nullptr;
 }
@@ -310,7 +331,8 @@ std::string VDModelView::relativeToAbsolutePath(std::string_view relativePath) c
     return join(parts);
 }
 
-std::string VDModelView::fixedRelativePath(const std::string& relativePath, const std::string& oldAbsolutePath,
+std::string VDModelView::fixedRelativePath(const std::string& relativePath,
+                                           const std::string& oldAbsolutePath,
                                            const VDModelView& movedView) const {
     std::string absolute;
     try {
@@ -337,7 +359,8 @@ void VDModelView::updateActionsRelativePathsRecursiveForModel(const VDModelView&
     }
     for (const Array& children : {subviews(), subviewsPrototypes()}) {
         for (const Value& v : children) {
-            if (auto sub = v.objectAs<VDModelView>()) sub->updateActionsRelativePathsRecursiveForModel(movedView, oldAbsolutePath);
+            if (auto sub = v.objectAs<VDModelView>())
+                sub->updateActionsRelativePathsRecursiveForModel(movedView, oldAbsolutePath);
         }
     }
 }
@@ -350,7 +373,8 @@ void VDModelView::setVariableID(std::optional<std::string> variableID) {
     }
     const std::string oldPath = viewPath();
     VDModel::setVariableID(std::move(variableID));
-    if (auto root = element->modelViewOfRootView(*this)) root->updateActionsRelativePathsRecursiveForModel(*this, oldPath);
+    if (auto root = element->modelViewOfRootView(*this))
+        root->updateActionsRelativePathsRecursiveForModel(*this, oldPath);
 }
 
 Dictionary VDModelView::subviewsByPath() const {
@@ -376,7 +400,9 @@ void VDModelView::changeZPositionBy(std::int32_t delta, VDModelView* container) 
     const Array siblings = container->subviews();
     std::size_t index = siblings.size();
     for (std::size_t i = 0; i < siblings.size(); ++i) {
-        if (siblings[i].object().get() == this) {
+        // Membership is equality, as the platform's arrays test it, with identity first.
+        const auto object = siblings[i].object();
+        if (object && (object.get() == this || object->isEqual(*this))) {
             index = i;
             break;
         }
@@ -391,7 +417,8 @@ void VDModelView::changeZPositionBy(std::int32_t delta, VDModelView* container) 
     if (target < 0) target = 0;
     reordered.insert(static_cast<std::size_t>(target), moved);
     container->setSubviews(reordered);
-    if (auto element = container->relatedUIElement(); element && element->respondsToModelViewUpdatedSubviewsOrder()) {
+    if (auto element = container->relatedUIElement();
+        element && element->respondsToModelViewUpdatedSubviewsOrder()) {
         element->modelViewUpdatedSubviewsOrder(*this);
     }
 }

@@ -16,6 +16,7 @@
 #include "velmo/model/VDModelViewPadding.h"
 #include "velmo/model/VDModelViewRelatedUIElement.h"
 #include "velmo/model/VPAnimationExportSettings.h"
+#include "velmo/runtime/VDWeakMutableSet.h"
 
 namespace velmo {
 
@@ -124,8 +125,8 @@ class VDModelView : public VDModel {
     /// The view's named states; every set stores a new copy of the array.
     const Array& states() const { return states_; }
     void setStates(Array v) { states_ = v.copy(); }
-    const std::optional<double>& isGroup() const { return isGroup_; }
-    void setIsGroup(std::optional<double> v) { isGroup_ = v; }
+    const VDNumber& isGroup() const { return isGroup_; }
+    void setIsGroup(VDNumber v) { isGroup_ = v; }
     const std::shared_ptr<VPAnimationExportSettings>& exportSettings() const { return exportSettings_; }
     void setExportSettings(std::shared_ptr<VPAnimationExportSettings> v) { exportSettings_ = std::move(v); }
     /// Its presence makes the view a nested component.
@@ -160,7 +161,10 @@ class VDModelView : public VDModel {
     bool selectableNotEditable() const { return selectableNotEditable_ != 0; }
     void setSelectableNotEditable(bool v) { selectableNotEditable_ = v ? 1 : 0; }
     std::shared_ptr<VDModelViewRelatedUIElement> relatedUIElement() const { return relatedUIElement_.lock(); }
-    void setRelatedUIElement(const std::shared_ptr<VDModelViewRelatedUIElement>& element) { relatedUIElement_ = element; }
+    /// Also enters the element in `allRelatedUIElements`.
+    void setRelatedUIElement(const std::shared_ptr<VDModelViewRelatedUIElement>& element);
+    /// Every counterpart the view has had on the host's side, held weakly; made at first read.
+    VDWeakMutableSet& allRelatedUIElements();
     /// The state the view is showing.
     std::shared_ptr<VDModel> relatedState() const { return relatedState_.lock(); }
     void setRelatedState(const std::shared_ptr<VDModel>& state) { relatedState_ = state; }
@@ -220,7 +224,8 @@ class VDModelView : public VDModel {
                                   const VDModelView& movedView) const;
     /// updateActionsRelativePathsRecursiveForModel:oldAbsolutePath: — on the root, after a view's
     /// absolute path changed: every action below rewrites its paths.
-    void updateActionsRelativePathsRecursiveForModel(const VDModelView& movedView, const std::string& oldAbsolutePath);
+    void updateActionsRelativePathsRecursiveForModel(const VDModelView& movedView,
+                                                     const std::string& oldAbsolutePath);
     /// A rename keeps every action's relative paths right when the view is attached.
     void setVariableID(std::optional<std::string> variableID) override;
     /// Paths made of `modelID`s (not variable names) to views; the view itself isn't in it.
@@ -282,7 +287,7 @@ private:
     std::uint8_t isFixedPosition_ = 0;
     std::uint8_t loadOnScroll_ = 0;
     Array states_;
-    std::optional<double> isGroup_;
+    VDNumber isGroup_;
     std::shared_ptr<VPAnimationExportSettings> exportSettings_;
     std::optional<std::string> timelineType_;
     std::optional<std::string> videoURL_;
@@ -298,6 +303,7 @@ private:
     float rotationX_ = 0, rotationY_ = 0;
     std::uint8_t selectableNotEditable_ = 0;
     std::weak_ptr<VDModelViewRelatedUIElement> relatedUIElement_;
+    std::unique_ptr<VDWeakMutableSet> allRelatedUIElements_;
     std::weak_ptr<VDModel> relatedState_;
 };
 

@@ -9,7 +9,8 @@ using Rule = VDModelViewConstraints::Rule;
 const VDModelClass& VDModelViewConstraints::classObject() {
     using C = VDModelViewConstraints;
     static const VDModelClass cls(
-        "VDModelViewConstraints", &VDModel::classObject(), [] { return std::static_pointer_cast<Object>(create()); },
+        "VDModelViewConstraints", &VDModel::classObject(),
+        [] { return std::static_pointer_cast<Object>(create()); },
         {
             field<&C::automatic, &C::setAutomatic>("automatic"),
             field<&C::rule<Rule::Top>, &C::setRule<Rule::Top>>("top"),
@@ -24,7 +25,8 @@ const VDModelClass& VDModelViewConstraints::classObject() {
             field<&C::rule<Rule::MinHeight>, &C::setRule<Rule::MinHeight>>("minHeight"),
             field<&C::rule<Rule::MaxHeight>, &C::setRule<Rule::MaxHeight>>("maxHeight"),
             field<&C::rule<Rule::CenterVertically>, &C::setRule<Rule::CenterVertically>>("centerVertically"),
-            field<&C::rule<Rule::CenterHorizontally>, &C::setRule<Rule::CenterHorizontally>>("centerHorizontally"),
+            field<&C::rule<Rule::CenterHorizontally>, &C::setRule<Rule::CenterHorizontally>>(
+                "centerHorizontally"),
             field<&C::scaleFactor, &C::setScaleFactor>("scaleFactor"),
             field<&C::translated, &C::setTranslated>("translated"),
         },
@@ -67,9 +69,8 @@ bool VDModelViewConstraints::isEqual(const Object& other) const {
     if (!other.isKindOf(objectClass())) return false;
     const auto& c = static_cast<const VDModelViewConstraints&>(other);
     if (automatic_ != c.automatic_) return false;
-    return std::all_of(kRules.begin(), kRules.end(), [&](Rule r) {
-        return rule(r) && c.rule(r) && rule(r)->isEqual(*c.rule(r));
-    });
+    return std::all_of(kRules.begin(), kRules.end(),
+                       [&](Rule r) { return rule(r) && c.rule(r) && rule(r)->isEqual(*c.rule(r)); });
 }
 
 bool VDModelViewConstraints::isSimilar(const VDModelViewConstraints& other) const {
@@ -88,8 +89,8 @@ bool VDModelViewConstraints::isEmpty() const {
 }
 
 bool VDModelViewConstraints::isEmptyIgnoringRatio() const {
-    return automatic() &&
-           std::none_of(kRules.begin(), kRules.end(), [&](Rule r) { return r != Rule::AspectRatio && enabled(r); });
+    return automatic() && std::none_of(kRules.begin(), kRules.end(),
+                                       [&](Rule r) { return r != Rule::AspectRatio && enabled(r); });
 }
 
 bool VDModelViewConstraints::hasNegativeValues() const {

@@ -30,9 +30,18 @@ class VDModelViewConstraints : public VDModel {
     };
     static constexpr std::size_t kRuleCount = 13;
     static constexpr std::array<Rule, kRuleCount> kRules = {
-        Rule::Top,      Rule::Bottom,    Rule::Right,     Rule::Left,
-        Rule::Height,   Rule::Width,     Rule::AspectRatio, Rule::MinWidth,
-        Rule::MaxWidth, Rule::MinHeight, Rule::MaxHeight, Rule::CenterVertically,
+        Rule::Top,
+        Rule::Bottom,
+        Rule::Right,
+        Rule::Left,
+        Rule::Height,
+        Rule::Width,
+        Rule::AspectRatio,
+        Rule::MinWidth,
+        Rule::MaxWidth,
+        Rule::MinHeight,
+        Rule::MaxHeight,
+        Rule::CenterVertically,
         Rule::CenterHorizontally,
     };
 
@@ -49,19 +58,21 @@ class VDModelViewConstraints : public VDModel {
     double scaleFactor() const { return scaleFactor_; }
     void setScaleFactor(double v) { scaleFactor_ = v; }
     /// Stored and passed on.
-    const std::optional<double>& translated() const { return translated_; }
-    void setTranslated(std::optional<double> v) { translated_ = v; }
+    const VDNumber& translated() const { return translated_; }
+    void setTranslated(VDNumber v) { translated_ = v; }
 
-    template <Rule R>
-    const std::shared_ptr<VDModelConstraint>& rule() const {
+    template <Rule R> const std::shared_ptr<VDModelConstraint>& rule() const {
         return rules_[static_cast<std::size_t>(R)];
     }
-    template <Rule R>
-    void setRule(std::shared_ptr<VDModelConstraint> v) {
+    template <Rule R> void setRule(std::shared_ptr<VDModelConstraint> v) {
         rules_[static_cast<std::size_t>(R)] = std::move(v);
     }
-    const std::shared_ptr<VDModelConstraint>& rule(Rule r) const { return rules_[static_cast<std::size_t>(r)]; }
-    void setRule(Rule r, std::shared_ptr<VDModelConstraint> v) { rules_[static_cast<std::size_t>(r)] = std::move(v); }
+    const std::shared_ptr<VDModelConstraint>& rule(Rule r) const {
+        return rules_[static_cast<std::size_t>(r)];
+    }
+    void setRule(Rule r, std::shared_ptr<VDModelConstraint> v) {
+        rules_[static_cast<std::size_t>(r)] = std::move(v);
+    }
 
     const std::shared_ptr<VDModelConstraint>& top() const { return rule<Rule::Top>(); }
     const std::shared_ptr<VDModelConstraint>& bottom() const { return rule<Rule::Bottom>(); }
@@ -74,8 +85,12 @@ class VDModelViewConstraints : public VDModel {
     const std::shared_ptr<VDModelConstraint>& maxWidth() const { return rule<Rule::MaxWidth>(); }
     const std::shared_ptr<VDModelConstraint>& minHeight() const { return rule<Rule::MinHeight>(); }
     const std::shared_ptr<VDModelConstraint>& maxHeight() const { return rule<Rule::MaxHeight>(); }
-    const std::shared_ptr<VDModelConstraint>& centerVertically() const { return rule<Rule::CenterVertically>(); }
-    const std::shared_ptr<VDModelConstraint>& centerHorizontally() const { return rule<Rule::CenterHorizontally>(); }
+    const std::shared_ptr<VDModelConstraint>& centerVertically() const {
+        return rule<Rule::CenterVertically>();
+    }
+    const std::shared_ptr<VDModelConstraint>& centerHorizontally() const {
+        return rule<Rule::CenterHorizontally>();
+    }
 
     /// The sum of the hashes of `top`, `bottom`, `centerHorizontally` and `centerVertically`.
     std::size_t hash() const override;
@@ -112,7 +127,7 @@ private:
     std::uint8_t automatic_ = 1;
     std::array<std::shared_ptr<VDModelConstraint>, kRuleCount> rules_;
     double scaleFactor_ = 1.0;
-    std::optional<double> translated_;
+    VDNumber translated_;
 };
 
 } // namespace velmo

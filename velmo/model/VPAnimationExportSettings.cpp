@@ -6,15 +6,14 @@ namespace velmo {
 
 const VDModelClass& VPAnimationExportSettings::classObject() {
     using C = VPAnimationExportSettings;
-    static const VDModelClass cls(
-        "VPAnimationExportSettings", &VDModel::classObject(),
-        [] { return std::static_pointer_cast<Object>(create()); },
-        {
-            field<&C::fps, &C::setFps>("fps"),
-            field<&C::scale, &C::setScale>("scale"),
-            field<&C::loopCount, &C::setLoopCount>("loopCount"),
-            field<&C::transparency, &C::setTransparency>("transparency"),
-        });
+    static const VDModelClass cls("VPAnimationExportSettings", &VDModel::classObject(),
+                                  [] { return std::static_pointer_cast<Object>(create()); },
+                                  {
+                                      field<&C::fps, &C::setFps>("fps"),
+                                      field<&C::scale, &C::setScale>("scale"),
+                                      field<&C::loopCount, &C::setLoopCount>("loopCount"),
+                                      field<&C::transparency, &C::setTransparency>("transparency"),
+                                  });
     return cls;
 }
 
@@ -45,7 +44,8 @@ bool VPAnimationExportSettings::save() const {
 }
 
 std::shared_ptr<VPAnimationExportSettings> VPAnimationExportSettings::load() {
-    if (auto saved = unarchive(UserDefaults::standardUserDefaults().objectForKey(kAnimationExportSettingsDefaultsKey))) {
+    if (auto saved = unarchive(
+            UserDefaults::standardUserDefaults().objectForKey(kAnimationExportSettingsDefaultsKey))) {
         return saved;
     }
     auto settings = create();

@@ -19,7 +19,7 @@ namespace velmo {
 ///         static const VDClass* cls = [] {
 ///             static const VDClass c("VPPopoverViewModel", &VPObservableObject::classObject(), &make);
 ///             VDPropertyRegistry::registerClass(c, {
-///                 VPObservableObject::observableProp("message", &VPPopoverViewModel::message),
+///                 VPObservableObject::observableProp("message", "NSString", &VPPopoverViewModel::message),
 ///                 ...});
 ///             return &c;
 ///         }();

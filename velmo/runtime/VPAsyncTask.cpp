@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -14,6 +15,7 @@
 #include <unistd.h>
 
 #include "velmo/foundation/Utf8.h"
+#include "velmo/runtime/VPLogging.h"
 
 extern char** environ;
 
@@ -103,6 +105,16 @@ void store(State& state, T State::*field, T value) {
 
 enum class Stream { Output, Error };
 
+// Reports run on a detached thread, where anything escaping would end the host: a report that
+// throws is logged as the guard logs, and the run goes on.
+template <class Call> void deliver(const char* function, int line, Call&& call) noexcept {
+    try {
+        call();
+    } catch (...) {
+        VPLogging::logCaughtException(function, line);
+    }
+}
+
 void report(const State& state, Stream stream, const std::string& chunk) {
     if (chunk.empty() || !Utf8::isValid(chunk)) return;
     std::shared_ptr<VPAsyncTaskProtocol> delegate;
@@ -113,13 +125,15 @@ void report(const State& state, Stream stream, const std::string& chunk) {
         callback = stream == Stream::Output ? state.onData : state.onError;
     }
     if (delegate) {
-        if (stream == Stream::Output) {
-            delegate->onData(chunk);
-        } else {
-            delegate->onError(chunk);
-        }
+        deliver(__PRETTY_FUNCTION__, __LINE__, [&] {
+            if (stream == Stream::Output) {
+                delegate->onData(chunk);
+            } else {
+                delegate->onError(chunk);
+            }
+        });
     }
-    if (callback) callback(chunk);
+    if (callback) deliver(__PRETTY_FUNCTION__, __LINE__, [&] { callback(chunk); });
 }
 
 void reportEnd(const State& state) {
@@ -130,8 +144,8 @@ void reportEnd(const State& state) {
         delegate = state.delegate.lock();
         callback = state.onEnd;
     }
-    if (delegate) delegate->onEnd();
-    if (callback) callback();
+    if (delegate) deliver(__PRETTY_FUNCTION__, __LINE__, [&] { delegate->onEnd(); });
+    if (callback) deliver(__PRETTY_FUNCTION__, __LINE__, [&] { callback(); });
 }
 
 // Reads both streams until each ends, reaps the process, then reports the end.
@@ -212,7 +226,16 @@ void VPAsyncTask::execute(const std::string& path, const std::vector<std::string
     // Only the child writes: with our write ends closed, a read gives end-of-stream when it exits.
     output.write.reset();
     error.write.reset();
-    std::thread(watch, state_, pid, std::move(output.read), std::move(error.read)).detach();
+    try {
+        std::thread(watch, state_, pid, std::move(output.read), std::move(error.read)).detach();
+    } catch (...) {
+        // The caller hears of a failure to launch, so nothing of the run may go on: nobody would
+        // read its output or reap it.
+        ::kill(pid, SIGKILL);
+        while (::waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
+        }
+        throw;
+    }
 }
 
 } // namespace velmo

@@ -19,7 +19,8 @@ struct VPAsyncTaskState;
 /// joins partial characters, and a chunk that isn't valid UTF-8 (a multi-byte character cut by a
 /// read boundary included) is dropped with no report. The delegate hears each chunk first, then the
 /// callback. `onEnd` comes once both streams have ended and the process has exited; its status
-/// isn't read. Reports come on a background thread of the run, which lives until `onEnd`.
+/// isn't read. Reports come on a background thread of the run, which lives until `onEnd`. A report
+/// that throws is logged as the catch-all guard logs, and the run goes on to its end.
 ///
 /// The program gets an empty standard input. There is no cancel. One task may run several processes,
 /// whose reports then mix. Destroying the task stops nothing: runs keep its delegate and callbacks

@@ -3,6 +3,7 @@
 #include <deque>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 #include <curl/curl.h>
 
@@ -76,11 +77,15 @@ struct VPLogSender::Impl {
     std::mutex mutex;
     std::deque<Request> queued;
     bool stopping = false;
-    // Made with the first post, then used by the worker alone, but for `curl_multi_wakeup`.
+    // False before the first post and after the worker gave up on a failing multi handle.
+    bool working = false;
+    // Made with each worker, then used by that worker alone, but for `curl_multi_wakeup`.
     CURLM* multi = nullptr;
     std::thread worker;
 
     void run();
+    /// Starts a worker on a fresh multi handle; the caller holds `mutex`. False when it can't.
+    bool startWorker();
     bool canStartMore(std::size_t active) {
         std::lock_guard lock(mutex);
         return !stopping && active < limits.maxInFlight && !queued.empty();
@@ -129,6 +134,28 @@ void VPLogSender::Impl::run() {
     for (const auto& transfer : active)
         curl_multi_remove_handle(multi, transfer->easy);
     active.clear();
+    // Last: once this is seen, `post` may join this thread and replace the handle. Until then, what
+    // is queued waits for the next post's worker rather than for a worker that is gone.
+    std::lock_guard lock(mutex);
+    working = false;
+}
+
+bool VPLogSender::Impl::startWorker() {
+    // A worker that gave up has nothing left but to return.
+    if (worker.joinable()) worker.join();
+    // Its handle failed, so it isn't trusted again.
+    if (multi) curl_multi_cleanup(std::exchange(multi, nullptr));
+    initCurlOnce();
+    multi = curl_multi_init();
+    if (!multi) return false;
+    try {
+        worker = std::thread([this] { run(); });
+    } catch (...) {
+        curl_multi_cleanup(std::exchange(multi, nullptr));
+        return false;
+    }
+    working = true;
+    return true;
 }
 
 VPLogSender::VPLogSender() : VPLogSender(Limits{}) {}
@@ -148,19 +175,9 @@ VPLogSender::~VPLogSender() {
 bool VPLogSender::post(std::string url, std::string body, std::vector<std::string> headers) {
     std::lock_guard lock(impl_->mutex);
     if (impl_->stopping || impl_->queued.size() >= impl_->limits.maxQueued) return false;
-    if (!impl_->multi) {
-        // The thread starts with the first post: a sender that never posts costs nothing.
-        initCurlOnce();
-        impl_->multi = curl_multi_init();
-        if (!impl_->multi) return false;
-        try {
-            impl_->worker = std::thread([impl = impl_.get()] { impl->run(); });
-        } catch (...) {
-            curl_multi_cleanup(impl_->multi);
-            impl_->multi = nullptr;
-            return false;
-        }
-    }
+    // The thread starts with the first post, so a sender that never posts costs nothing; and again
+    // after a failure of libcurl ended it, so records aren't queued for nobody.
+    if (!impl_->working && !impl_->startWorker()) return false;
     impl_->queued.push_back(Request{std::move(url), std::move(body), std::move(headers)});
     curl_multi_wakeup(impl_->multi);
     return true;

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "velmo/foundation/Json.h"
+#include "velmo/foundation/Utf8.h"
 #include "velmo/foundation/VPError.h"
 #include "velmo/runtime/VPSystemInfo.h"
 #include "velmo/runtime/VVClientConfig.h"
@@ -29,6 +30,13 @@ std::string_view orNull(std::string_view text) {
     return text.empty() ? std::string_view("(null)") : text;
 }
 
+// A value holding a line break would end the header early and let the rest pose as headers of its
+// own, so such a header is left out.
+void addHeader(std::vector<std::string>& headers, std::string_view name, std::string_view value) {
+    if (value.find_first_of("\r\n") != std::string_view::npos) return;
+    headers.push_back(fmt::format("{}: {}", name, value));
+}
+
 } // namespace
 
 VPLogging& VPLogging::shared() {
@@ -45,55 +53,76 @@ VPLogging::VPLogging(Options options)
     if (!options_.clock) options_.clock = [] { return std::chrono::system_clock::now(); };
 }
 
-Dictionary VPLogging::generateContextDict(const std::filesystem::path& osReleasePath) {
-    const VVClientConfigInterface& config = VVClientConfig::current();
-    const std::string version = config.clientVersion();
-    const std::string name = config.clientName();
-    const std::string systemVersion = VPSystemInfo::systemVersion(osReleasePath);
-    const std::string hostVersion = config.hostVersion();
-    // All or nothing: records without one of these would mislead more than records without context.
-    if (name.empty() || systemVersion.empty() || hostVersion.empty()) return Dictionary::create();
-    return Dictionary{{"plugin_version", Value(version.empty() ? std::string("Unknown") : version)},
-                      {"plugin_name", Value(name)},
-                      {"system_version", Value(systemVersion)},
-                      {"sketch_version", Value(hostVersion)}};
-}
-
-void VPLogging::logError(std::string_view message) {
-    logMessage(message, "ERROR");
-}
-
-void VPLogging::logDebug(std::string_view message) {
-    logMessage(message, "DEBUG");
-}
-
-void VPLogging::logMessage(std::string_view message, std::string_view level) {
+Dictionary VPLogging::generateContextDict(const std::filesystem::path& osReleasePath) noexcept {
     try {
-        Dictionary body{{"text", Value(fmt::format("[{}] {}", level, message))}};
+        const VVClientConfigInterface& config = VVClientConfig::current();
+        const std::string version = config.clientVersion();
+        const std::string name = config.clientName();
+        const std::string systemVersion = VPSystemInfo::systemVersion(osReleasePath);
+        const std::string hostVersion = config.hostVersion();
+        // All or nothing: records without one of these would mislead more than records without context.
+        if (name.empty() || systemVersion.empty() || hostVersion.empty()) return Dictionary();
+        // Every record carries these: one bad byte in them must not make every record unsendable.
+        return Dictionary{
+            {kVPLoggingPluginVersionKey,
+             Value(version.empty() ? std::string(kVPLoggingUnknownVersion) : Utf8::sanitized(version))},
+            {kVPLoggingPluginNameKey, Value(Utf8::sanitized(name))},
+            {kVPLoggingSystemVersionKey, Value(Utf8::sanitized(systemVersion))},
+            {kVPLoggingSketchVersionKey, Value(Utf8::sanitized(hostVersion))}};
+    } catch (...) {
+        // A host whose configuration throws gets records without context, as one that gives none.
+        return Dictionary();
+    }
+}
+
+void VPLogging::logError(std::string_view message) noexcept {
+    logMessage(message, kVPLoggingLevelError);
+}
+
+void VPLogging::logDebug(std::string_view message) noexcept {
+    logMessage(message, kVPLoggingLevelDebug);
+}
+
+void VPLogging::logMessage(std::string_view message, std::string_view level) noexcept {
+    try {
+        // The whole line rather than nothing: a message may quote bytes from anywhere.
+        Dictionary body{{kVPLoggingTextKey, Value(Utf8::sanitized(fmt::format("[{}] {}", level, message)))}};
         for (const auto& entry : contextDict_)
             body.setEntry(entry.key, entry.value);
-        post("/events/", Value(body), {"Content-Type: application/json"});
+        std::vector<std::string> headers;
+        addHeader(headers, kVPLoggingContentTypeHeader, kVPLoggingJsonContentType);
+        post(kVPLoggingEventsPath, Value(body), std::move(headers));
     } catch (...) {
         // Nowhere left to report to.
     }
 }
 
-void VPLogging::logErrorWithNSError(const std::shared_ptr<VPError>& error, std::string_view lineInfo) {
-    const std::string description = error ? error->localizedDescription() : std::string();
-    const std::string userInfo = error ? Value(error->userInfo()).description() : std::string();
-    logError(fmt::format("{} {} {}", orNull(lineInfo), orNull(description), orNull(userInfo)));
+void VPLogging::logErrorWithNSError(const std::shared_ptr<VPError>& error,
+                                    std::string_view lineInfo) noexcept {
+    try {
+        const std::string description = error ? error->localizedDescription() : std::string();
+        const std::string userInfo = error ? Value(error->userInfo()).description() : std::string();
+        logError(fmt::format("{} {} {}", orNull(lineInfo), orNull(description), orNull(userInfo)));
+    } catch (...) {
+        // Nowhere left to report to.
+    }
 }
 
-void VPLogging::logJSError(std::string_view error, std::string_view stack, std::string_view originalStack) {
-    logError(fmt::format("Plugin JS Error: {}\n---\n{}\n---\n{}", orNull(error), orNull(stack),
-                         orNull(originalStack)));
+void VPLogging::logJSError(std::string_view error, std::string_view stack,
+                           std::string_view originalStack) noexcept {
+    try {
+        logError(fmt::format("Plugin JS Error: {}\n---\n{}\n---\n{}", orNull(error), orNull(stack),
+                             orNull(originalStack)));
+    } catch (...) {
+        // Nowhere left to report to.
+    }
 }
 
-void VPLogging::logMixpanelEvent(std::string_view event) {
+void VPLogging::logMixpanelEvent(std::string_view event) noexcept {
     logMixpanelEvent(event, Dictionary(), false);
 }
 
-void VPLogging::logMixpanelEvent(std::string_view event, Dictionary properties) {
+void VPLogging::logMixpanelEvent(std::string_view event, Dictionary properties) noexcept {
     logMixpanelEvent(event, std::move(properties), false);
 }
 
@@ -106,34 +135,51 @@ bool VPLogging::passThrottle(std::string_view event) {
     return true;
 }
 
-void VPLogging::logMixpanelEvent(std::string_view event, Dictionary properties, bool throttle) {
+void VPLogging::logMixpanelEvent(std::string_view event, Dictionary properties, bool throttle) noexcept {
     try {
         if (throttle && !passThrottle(event)) return;
         Dictionary body = properties.isNil() ? Dictionary::create() : properties.copy();
-        const std::string serial = serialNumber();
-        body.set("event", Value(event));
-        body.set("mac_serial_number", Value(serial.empty() ? std::string("None") : serial));
+        const std::string serial = keptSerialNumber();
+        body.set(kVPLoggingEventKey, Value(event));
+        body.set(kVPLoggingSerialNumberKey,
+                 Value(serial.empty() ? std::string(kVPLoggingNoSerialNumber) : serial));
         for (const auto& entry : contextDict_)
             body.setEntry(entry.key, entry.value);
 
-        std::vector<std::string> headers{"Content-Type: application/json",
-                                         "X-Client-Id: " + VVClientConfig::current().clientID()};
+        std::vector<std::string> headers;
+        addHeader(headers, kVPLoggingContentTypeHeader, kVPLoggingJsonContentType);
+        addHeader(headers, kVPLoggingClientIdHeader, VVClientConfig::current().clientID());
         if (const auto user = VVUserData::current()) {
-            if (const std::string id = user->userID(); !id.empty()) headers.push_back("X-User-Id: " + id);
+            if (const std::string id = user->userID(); !id.empty())
+                addHeader(headers, kVPLoggingUserIdHeader, id);
             if (const std::string email = user->userEmail(); !email.empty())
-                headers.push_back("X-User-Email: " + email);
+                addHeader(headers, kVPLoggingUserEmailHeader, email);
         }
-        post("/mixpanel", Value(body), std::move(headers));
+        post(kVPLoggingMixpanelPath, Value(body), std::move(headers));
     } catch (...) {
-        logError(caughtExceptionLine(__PRETTY_FUNCTION__, __LINE__));
+        try {
+            logError(caughtExceptionLine(__PRETTY_FUNCTION__, __LINE__));
+        } catch (...) {
+            // Not even the line could be made.
+        }
     }
 }
 
 std::string VPLogging::serialNumber() const {
-    std::lock_guard lock(mutex_);
-    // Kept once found; a machine that gives none is asked again next time.
-    if (serialNumber_.empty()) serialNumber_ = VPSystemInfo::machineIdentifier(options_.machineIdPath);
-    return serialNumber_;
+    return VPSystemInfo::machineIdentifier(options_.machineIdPath);
+}
+
+std::string VPLogging::keptSerialNumber() const {
+    struct Kept {
+        std::mutex mutex;
+        std::string serialNumber;
+    };
+    // One machine, one value for the process; never destroyed, as any thread may log until exit.
+    static Kept* kept = new Kept();
+    std::lock_guard lock(kept->mutex);
+    // A machine that gives none is asked again at the next event.
+    if (kept->serialNumber.empty()) kept->serialNumber = serialNumber();
+    return kept->serialNumber;
 }
 
 std::map<std::string, Date> VPLogging::throttleDict() const {

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "velmo/foundation/Object.h"
@@ -57,11 +59,12 @@ public:
     /// The marked properties of a class and its superclasses; computed once per class and kept.
     static std::vector<std::string> getObservablePropsKeys(const VDClass& cls);
 
-    /// A property entry marked observable, for `VDPropertyRegistry::registerClass`.
-    template <class T, class R>
-    static VDPropertyRegistry::Property observableProp(std::string name, R (T::*getter)() const) {
-        return VDPropertyRegistry::property(std::move(name), std::string("id<") + kVPObservableProp + ">",
-                                            getter);
+    /// A property entry marked observable, for `VDPropertyRegistry::registerClass`, with its declared
+    /// type: "NSString" gives the type text "NSString<VPObservableProp>".
+    template <class T, class R> static VDPropertyRegistry::Property
+    observableProp(std::string name, std::string_view typeName, R (T::*getter)() const) {
+        return VDPropertyRegistry::property(std::move(name),
+                                            std::string(typeName) + "<" + kVPObservableProp + ">", getter);
     }
 
 protected:
@@ -78,5 +81,11 @@ private:
     ChangeCallback onChange_;
     std::map<std::string, std::vector<std::shared_ptr<const Callback>>, std::less<>> subscribers_;
 };
+
+/// Says that a plain number, string or array is handed to a marked property. Returns its argument
+/// unchanged: it only marks the place for the reader and does nothing at run time.
+template <class T> constexpr std::decay_t<T> _vp_observable(T&& value) {
+    return std::forward<T>(value);
+}
 
 } // namespace velmo

@@ -17,6 +17,7 @@ public:
     std::string tempDir() const override { return {}; }
     std::string keyChainServiceName() const override { return {}; }
     std::string bundle() const override { return {}; }
+    std::string hostVersion() const override { return {}; }
 };
 
 const VVClientConfigInterface* boundConfig() {

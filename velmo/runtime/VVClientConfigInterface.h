@@ -32,8 +32,8 @@ public:
     virtual std::string bundle() const = 0;
 
     /// Version of the application that hosts the client (the design tool, or the `velmo` command).
-    /// Analytics records carry it; without it they go without their context.
-    virtual std::string hostVersion() const { return {}; }
+    /// Records carry it; without it they go without their context, hence no default here.
+    virtual std::string hostVersion() const = 0;
 
 protected:
     VVClientConfigInterface() = default;

@@ -1,6 +1,8 @@
 #include "velmo/runtime/VVDI.h"
 
 #include <mutex>
+#include <type_traits>
+#include <utility>
 
 namespace velmo {
 
@@ -25,28 +27,48 @@ VVDI& VVDI::shared() {
     return *shared;
 }
 
+namespace {
+
+// The bound object, or null.
+template <class Entry> auto boundObject(const VVDI::Bindings<Entry>& bindings, std::string_view protocol)
+    -> std::decay_t<decltype(std::declval<Entry>().object())> {
+    const auto it = bindings.find(protocol);
+    return it == bindings.end() ? nullptr : it->second.object();
+}
+
+} // namespace
+
 void VVDI::bindClass(const VDClass* cls, std::string_view protocol) {
     if (cls == nullptr || protocol.empty()) return;
     std::unique_lock lock(mutex_);
-    classBindings_.insert_or_assign(std::string(protocol), cls);
+    classBindings_.insert_or_assign(std::string(protocol), ClassEntry(std::string(protocol), cls));
 }
 
 void VVDI::bindInstance(std::shared_ptr<Object> instance, std::string_view protocol) {
     if (!instance || protocol.empty()) return;
     std::unique_lock lock(mutex_);
-    instanceBindings_.insert_or_assign(std::string(protocol), std::move(instance));
+    instanceBindings_.insert_or_assign(std::string(protocol),
+                                       InstanceEntry(std::string(protocol), std::move(instance)));
 }
 
 const VDClass* VVDI::classForProtocol(std::string_view protocol) const {
     std::shared_lock lock(mutex_);
-    const auto it = classBindings_.find(protocol);
-    return it == classBindings_.end() ? nullptr : it->second;
+    return boundObject(classBindings_, protocol);
 }
 
 std::shared_ptr<Object> VVDI::instanceForProtocol(std::string_view protocol) const {
     std::shared_lock lock(mutex_);
-    const auto it = instanceBindings_.find(protocol);
-    return it == instanceBindings_.end() ? nullptr : it->second;
+    return boundObject(instanceBindings_, protocol);
+}
+
+VVDI::Bindings<VVDI::ClassEntry> VVDI::classBindings() const {
+    std::shared_lock lock(mutex_);
+    return classBindings_;
+}
+
+VVDI::Bindings<VVDI::InstanceEntry> VVDI::instanceBindings() const {
+    std::shared_lock lock(mutex_);
+    return instanceBindings_;
 }
 
 } // namespace velmo

@@ -8,6 +8,7 @@
 
 #include "velmo/foundation/Object.h"
 #include "velmo/foundation/VDClass.h"
+#include "velmo/runtime/VVDIBindingEntry.h"
 
 namespace velmo {
 
@@ -29,6 +30,10 @@ inline constexpr const char* kVPSelectProjectViewModel = "VPSelectProjectViewMod
 /// any thread (logging reads the client configuration wherever it is called).
 class VVDI {
 public:
+    using ClassEntry = VVDIBindingEntry<const VDClass*>;
+    using InstanceEntry = VVDIBindingEntry<std::shared_ptr<Object>>;
+    template <class Entry> using Bindings = std::map<std::string, Entry, std::less<>>;
+
     /// The one registry, made on first use, exactly once, also under concurrent first calls. Making
     /// it binds the library's own classes first, so no caller can see the registry without them.
     static VVDI& shared();
@@ -49,6 +54,11 @@ public:
         return std::dynamic_pointer_cast<T>(instanceForProtocol(protocol));
     }
 
+    /// A copy of the class bindings, by interface name.
+    Bindings<ClassEntry> classBindings() const;
+    /// A copy of the instance bindings, by interface name.
+    Bindings<InstanceEntry> instanceBindings() const;
+
     VVDI(const VVDI&) = delete;
     VVDI& operator=(const VVDI&) = delete;
 
@@ -58,8 +68,8 @@ private:
     static void bindLibraryClasses(VVDI& di);
 
     mutable std::shared_mutex mutex_;
-    std::map<std::string, const VDClass*, std::less<>> classBindings_;
-    std::map<std::string, std::shared_ptr<Object>, std::less<>> instanceBindings_;
+    Bindings<ClassEntry> classBindings_;
+    Bindings<InstanceEntry> instanceBindings_;
 };
 
 } // namespace velmo

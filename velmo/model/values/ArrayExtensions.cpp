@@ -4,6 +4,7 @@
 
 #include "velmo/foundation/VDClass.h"
 #include "velmo/model/values/ValueDiagnostics.h"
+#include "velmo/runtime/VPLogging.h"
 
 namespace velmo {
 
@@ -57,8 +58,40 @@ Array reversedArray(const Array& receiver) {
     return Array::fromVector(std::move(items));
 }
 
-Array vp_toMutable(const Array& receiver) { return vp_toMutableValue(Value(receiver)).array(); }
+Array vp_toMutable(const Array& receiver) {
+    return vp_toMutableValue(Value(receiver)).array();
+}
 
-Array vp_toImmutable(const Array& receiver) { return vp_toImmutableValue(Value(receiver)).array(); }
+Array vp_toImmutable(const Array& receiver) {
+    return vp_toImmutableValue(Value(receiver)).array();
+}
+
+namespace {
+Array concatenation(const Array& a, const Array& b) {
+    Array out = Array::create(a.size() + b.size());
+    for (const Value& v : a)
+        out.push_back(v);
+    for (const Value& v : b)
+        out.push_back(v);
+    return out;
+}
+} // namespace
+
+Array vp_arrayByAddingUniqueObjectsFromArray(const Array& receiver, const Array& other) {
+    VP_TRY
+    std::vector<Value> merged(receiver.begin(), receiver.end());
+    for (const Value& item : other) {
+        if (!item.isDictionary()) continue;
+        const Value& id = item.dictionary().get("id");
+        // An element without an "id" matches nothing, as nil compares equal to nothing.
+        const auto same = std::find_if(merged.begin(), merged.end(), [&](const Value& v) {
+            return !id.isNil() && v.isDictionary() && v.dictionary().get("id") == id;
+        });
+        if (same != merged.end()) merged.erase(same);
+        merged.push_back(item);
+    }
+    return Array::fromVector(std::move(merged));
+    VP_CATCH(concatenation(receiver, other))
+}
 
 } // namespace velmo

@@ -23,12 +23,14 @@ PlatformColor colorFromModelColor(const VDModelColor& color) {
 std::shared_ptr<VDModelColor> modelColor(const PlatformColor& color) {
     const PlatformColor rgb = color.usingDeviceRGB();
     const auto& c = rgb.components;
-    return VDModelColor::colorWithRed(static_cast<float>(c[0]), static_cast<float>(c[1]), static_cast<float>(c[2]),
-                                      static_cast<float>(c[3]));
+    return VDModelColor::colorWithRed(static_cast<float>(c[0]), static_cast<float>(c[1]),
+                                      static_cast<float>(c[2]), static_cast<float>(c[3]));
 }
 
 namespace {
-unsigned cut(double component) { return static_cast<unsigned>(static_cast<int>(component * 255.999)); }
+unsigned cut(double component) {
+    return static_cast<unsigned>(static_cast<int>(component * 255.999));
+}
 } // namespace
 
 std::string hex(const PlatformColor& color) {

@@ -13,7 +13,9 @@ std::string aesKey(std::string_view key) {
 const std::string kZeroIV(16, '\0');
 } // namespace
 
-std::string MD5OfData(std::string_view data) { return Crypto::md5Hex(data); }
+std::string MD5OfData(std::string_view data) {
+    return Crypto::md5Hex(data);
+}
 
 std::optional<std::string> AES256EncryptWithKey(std::string_view data, std::string_view key) {
     return Crypto::aes256CbcEncrypt(data, aesKey(key), kZeroIV);

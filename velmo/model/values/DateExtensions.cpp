@@ -17,10 +17,16 @@ long localDayNumber(Date date) {
 }
 } // namespace
 
-long daysBetweenDate(Date from, Date to) { return localDayNumber(to) - localDayNumber(from); }
+long daysBetweenDate(Date from, Date to) {
+    return localDayNumber(to) - localDayNumber(from);
+}
 
-bool isEarlierThan(Date receiver, Date other) { return receiver <= other; }
+bool isEarlierThan(Date receiver, Date other) {
+    return receiver <= other;
+}
 
-bool isLaterThan(Date receiver, Date other) { return receiver >= other; }
+bool isLaterThan(Date receiver, Date other) {
+    return receiver >= other;
+}
 
 } // namespace velmo

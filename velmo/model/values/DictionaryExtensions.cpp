@@ -45,7 +45,9 @@ Dictionary dictionaryByRemovingKey(const Dictionary& receiver, std::string_view 
     return result;
 }
 
-Dictionary vp_toMutable(const Dictionary& receiver) { return vp_toMutableValue(Value(receiver)).dictionary(); }
+Dictionary vp_toMutable(const Dictionary& receiver) {
+    return vp_toMutableValue(Value(receiver)).dictionary();
+}
 
 Dictionary vp_toImmutable(const Dictionary& receiver) {
     logValueDiagnostic(Value(receiver));
@@ -69,10 +71,13 @@ std::vector<std::string> allPaths(const Dictionary& receiver) {
     return paths;
 }
 
-void addPathsRecursive(const Dictionary& receiver, std::vector<std::string>& paths, const std::string& prefix) {
-    for (const auto& e : receiver) paths.push_back(prefix + e.key.str());
+void addPathsRecursive(const Dictionary& receiver, std::vector<std::string>& paths,
+                       const std::string& prefix) {
+    for (const auto& e : receiver)
+        paths.push_back(prefix + e.key.str());
     for (const auto& e : receiver) {
-        if (e.value.isDictionary()) addPathsRecursive(e.value.dictionary(), paths, prefix + e.key.str() + ".");
+        if (e.value.isDictionary())
+            addPathsRecursive(e.value.dictionary(), paths, prefix + e.key.str() + ".");
     }
 }
 
@@ -84,8 +89,16 @@ Value objectForPath(const Dictionary& receiver, std::string_view path) {
             if (!component.isString()) return Value();
             current = current.dictionary().get(component.stringView());
         } else if (current.isArray()) {
-            if (!component.isNumber()) return Value();
-            const auto index = static_cast<std::size_t>(component.uint64Value());
+            // An index is the component's unsigned value: a number, or a name made of digits.
+            std::uint64_t index = 0;
+            if (component.isNumber()) {
+                index = component.uint64Value();
+            } else {
+                const std::string_view digits = component.stringView();
+                const auto [end, ec] = std::from_chars(digits.data(), digits.data() + digits.size(), index);
+                if (digits.empty() || ec != std::errc() || end != digits.data() + digits.size())
+                    return Value();
+            }
             if (index >= current.array().size()) return Value();
             current = current.array()[index];
         } else {
@@ -111,10 +124,14 @@ namespace {
 std::string numberText(const Value& number) {
     switch (number.kind()) {
     case Value::Kind::Bool:
-    case Value::Kind::Int: return fmt::format("{}", number.int64Value());
-    case Value::Kind::UInt: return fmt::format("{}", number.uint64Value());
-    case Value::Kind::Float: return fmt::format("{}", number.floatValue());
-    default: return fmt::format("{}", number.doubleValue());
+    case Value::Kind::Int:
+        return fmt::format("{}", number.int64Value());
+    case Value::Kind::UInt:
+        return fmt::format("{}", number.uint64Value());
+    case Value::Kind::Float:
+        return fmt::format("{}", number.floatValue());
+    default:
+        return fmt::format("{}", number.doubleValue());
     }
 }
 
@@ -171,17 +188,25 @@ bool _vp_boolForKey(const Dictionary& receiver, std::string_view key) {
     return false;
 }
 
-Dictionary _vp_dicForKey(const Dictionary& receiver, std::string_view key) { return receiver.get(key).dictionary(); }
+Dictionary _vp_dicForKey(const Dictionary& receiver, std::string_view key) {
+    return receiver.get(key).dictionary();
+}
 
-Array _vp_arrayForKey(const Dictionary& receiver, std::string_view key) { return receiver.get(key).array(); }
+Array _vp_arrayForKey(const Dictionary& receiver, std::string_view key) {
+    return receiver.get(key).array();
+}
 
 Dictionary _vp_dicFromData(std::string_view bytes) {
     return Json::tryParse(bytes, Json::ReadOptions{.allowFragments = true}).dictionary();
 }
 
-Value _projectDic_teamID(const Dictionary& project) { return project.get("team"); }
+Value _projectDic_teamID(const Dictionary& project) {
+    return project.get("team");
+}
 
-Value _projectDic_projectName(const Dictionary& project) { return project.get("name"); }
+Value _projectDic_projectName(const Dictionary& project) {
+    return project.get("name");
+}
 
 namespace {
 std::mutex& teamsMutex() {

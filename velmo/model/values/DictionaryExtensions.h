@@ -33,7 +33,8 @@ Dictionary vp_toImmutable(const Dictionary& receiver);
 /// Every key path, a level's keys before deeper paths, parents along with their children.
 std::vector<std::string> allPaths(const Dictionary& receiver);
 /// addPathsRecursive:prefix:
-void addPathsRecursive(const Dictionary& receiver, std::vector<std::string>& paths, const std::string& prefix);
+void addPathsRecursive(const Dictionary& receiver, std::vector<std::string>& paths,
+                       const std::string& prefix);
 /// Walks `jsonPathComponents` of the path through dictionaries and arrays; nil when it leads
 /// nowhere. An empty path gives the receiver.
 Value objectForPath(const Dictionary& receiver, std::string_view path);

@@ -18,26 +18,53 @@
 
 namespace velmo {
 
-std::string uuidString() { return Uuid::string(); }
+std::string uuidString() {
+    return Uuid::string();
+}
 
 namespace {
 
-bool isAsciiUpper(char c) { return c >= 'A' && c <= 'Z'; }
-bool isAsciiLower(char c) { return c >= 'a' && c <= 'z'; }
-bool isAsciiDigit(char c) { return c >= '0' && c <= '9'; }
-char lowerAscii(char c) { return isAsciiUpper(c) ? static_cast<char>(c - 'A' + 'a') : c; }
-char upperAscii(char c) { return isAsciiLower(c) ? static_cast<char>(c - 'a' + 'A') : c; }
+bool isAsciiUpper(char c) {
+    return c >= 'A' && c <= 'Z';
+}
+bool isAsciiLower(char c) {
+    return c >= 'a' && c <= 'z';
+}
+bool isAsciiDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+char lowerAscii(char c) {
+    return isAsciiUpper(c) ? static_cast<char>(c - 'A' + 'a') : c;
+}
+char upperAscii(char c) {
+    return isAsciiLower(c) ? static_cast<char>(c - 'a' + 'A') : c;
+}
 
 bool isUnicodeBlank(char32_t c) {
     switch (c) {
-    case U' ': case U'\t': case U'\n': case U'\r': case U'\v': case U'\f':
-    case U'\u0085': case U'\u00A0': case U'\u1680': case U'\u2028': case U'\u2029':
-    case U'\u202F': case U'\u205F': case U'\u3000': return true;
-    default: return c >= U'\u2000' && c <= U'\u200A';
+    case U' ':
+    case U'\t':
+    case U'\n':
+    case U'\r':
+    case U'\v':
+    case U'\f':
+    case U'\u0085':
+    case U'\u00A0':
+    case U'\u1680':
+    case U'\u2028':
+    case U'\u2029':
+    case U'\u202F':
+    case U'\u205F':
+    case U'\u3000':
+        return true;
+    default:
+        return c >= U'\u2000' && c <= U'\u200A';
     }
 }
 
-bool isWordSeparator(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+bool isWordSeparator(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
 
 } // namespace
 
@@ -52,7 +79,8 @@ std::string_view trimBlanks(std::string_view text) {
     while (end > start) {
         // Step back to the lead byte of the last character.
         std::size_t lead = end - 1;
-        while (lead > start && (static_cast<unsigned char>(text[lead]) & 0xC0) == 0x80) --lead;
+        while (lead > start && (static_cast<unsigned char>(text[lead]) & 0xC0) == 0x80)
+            --lead;
         std::size_t at = lead;
         if (!isUnicodeBlank(Utf8::next(text, at))) break;
         end = lead;
@@ -62,17 +90,21 @@ std::string_view trimBlanks(std::string_view text) {
 
 std::string toLowerAscii(std::string_view text) {
     std::string out(text);
-    for (char& c : out) c = lowerAscii(c);
+    for (char& c : out)
+        c = lowerAscii(c);
     return out;
 }
 
 std::string toUpperAscii(std::string_view text) {
     std::string out(text);
-    for (char& c : out) c = upperAscii(c);
+    for (char& c : out)
+        c = upperAscii(c);
     return out;
 }
 
-bool isValidUtf8(std::string_view text) { return Utf8::isValid(text); }
+bool isValidUtf8(std::string_view text) {
+    return Utf8::isValid(text);
+}
 
 std::string toLegalVarName(std::string_view receiver) {
     std::string name(receiver);
@@ -93,7 +125,7 @@ std::string toLegalVarName(std::string_view receiver) {
     name[0] = lowerAscii(name[0]);
     std::erase_if(name, [](char c) { return !(isAsciiUpper(c) || isAsciiLower(c) || isAsciiDigit(c)); });
     // Only a digit can start the name here: the other two starters are gone with step 4.
-    if (!name.empty() && (isAsciiDigit(name[0]) || name[0] == '-' || name[0] == '_')) name.insert(0, "a");
+    if (!name.empty() && (isAsciiDigit(name[0]) || name[0] == '-' || name[0] == '_')) name = "a" + name;
     return name;
 }
 
@@ -129,9 +161,11 @@ Array jsonPathComponents(std::string_view path) {
     }
     while (true) {
         if (!skipScan) {
-            while (at < path.size() && special(path[at])) ++at;
+            while (at < path.size() && special(path[at]))
+                ++at;
             const std::size_t start = at;
-            while (at < path.size() && !special(path[at])) ++at;
+            while (at < path.size() && !special(path[at]))
+                ++at;
             if (at == start) break;
             const std::string_view run = path.substr(start, at - start);
             if (cont) {
@@ -153,7 +187,8 @@ Array jsonPathComponents(std::string_view path) {
                 ++at;
                 std::size_t end = at;
                 if (end < path.size() && (path[end] == '-' || path[end] == '+')) ++end;
-                while (end < path.size() && isAsciiDigit(path[end])) ++end;
+                while (end < path.size() && isAsciiDigit(path[end]))
+                    ++end;
                 long long index = 0;
                 const char* first = path.data() + at + (at < path.size() && path[at] == '+' ? 1 : 0);
                 const auto [ptr, ec] = std::from_chars(first, path.data() + end, index);
@@ -196,7 +231,8 @@ Array jsonPathComponents(std::string_view path) {
 std::string stringByRemovingCharsInString(std::string_view receiver, std::string_view chars) {
     // Characters, not bytes: a multi-byte character is removed whole.
     std::u32string remove;
-    for (std::size_t at = 0; at < chars.size();) remove += Utf8::next(chars, at);
+    for (std::size_t at = 0; at < chars.size();)
+        remove += Utf8::next(chars, at);
     std::string out;
     for (std::size_t at = 0; at < receiver.size();) {
         const std::size_t start = at;
@@ -227,7 +263,9 @@ std::string stringWithFirstCharCapitalized(std::string_view receiver) {
     return out;
 }
 
-std::string stringByTrimmingBlanks(std::string_view receiver) { return std::string(trimBlanks(receiver)); }
+std::string stringByTrimmingBlanks(std::string_view receiver) {
+    return std::string(trimBlanks(receiver));
+}
 
 bool isValidEmail(std::string_view receiver) {
     static const std::regex pattern("[A-Z0-9a-z._%+-]+@[A-Za-z0-9.-]+\\.[A-Za-z]{2,16}");
@@ -269,20 +307,25 @@ PlatformColor _vp_colorFromHexString(std::string_view receiver) {
     if (receiver.empty()) return PlatformColor::clear();
     // Reads hexadecimal digits from index 1 into a 32-bit number, as a scanner would: leading
     // blanks and an "0x" are passed over, and the number stops at the first other character.
-    std::string_view digits = receiver.substr(1);
+    std::size_t first = 0;
+    Utf8::next(receiver, first); // the first character, whatever it is and however long
+    std::string_view digits = receiver.substr(first);
     while (!digits.empty() && (digits.front() == ' ' || digits.front() == '\t' || digits.front() == '\n')) {
         digits.remove_prefix(1);
     }
-    if (digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X')) digits.remove_prefix(2);
+    if (digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X'))
+        digits.remove_prefix(2);
     std::uint64_t value = 0;
     std::size_t used = 0;
-    while (used < digits.size() && std::isxdigit(static_cast<unsigned char>(digits[used]))) ++used;
+    while (used < digits.size() && std::isxdigit(static_cast<unsigned char>(digits[used])))
+        ++used;
     if (used > 0) {
         const auto [ptr, ec] = std::from_chars(digits.data(), digits.data() + used, value, 16);
         if (ec == std::errc::result_out_of_range || value > 0xFFFFFFFFull) value = 0xFFFFFFFFull;
     }
     const auto rgb = static_cast<std::uint32_t>(value);
-    return PlatformColor::rgb(((rgb >> 16) & 0xFF) / 255.0, ((rgb >> 8) & 0xFF) / 255.0, (rgb & 0xFF) / 255.0, 1.0);
+    return PlatformColor::rgb(((rgb >> 16) & 0xFF) / 255.0, ((rgb >> 8) & 0xFF) / 255.0, (rgb & 0xFF) / 255.0,
+                              1.0);
 }
 
 } // namespace velmo

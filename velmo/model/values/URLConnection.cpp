@@ -26,13 +26,15 @@ size_t appendBody(char* data, size_t size, size_t count, void* user) {
 size_t appendHeader(char* data, size_t size, size_t count, void* user) {
     auto* headers = static_cast<std::vector<std::pair<std::string, std::string>>*>(user);
     std::string_view line(data, size * count);
-    while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
+    while (!line.empty() && (line.back() == '\n' || line.back() == '\r'))
+        line.remove_suffix(1);
     // A new status line starts a new response (after a redirect or a 100 Continue).
     if (line.starts_with("HTTP/")) headers->clear();
     const std::size_t colon = line.find(':');
     if (colon != std::string_view::npos) {
         std::string_view value = line.substr(colon + 1);
-        while (!value.empty() && value.front() == ' ') value.remove_prefix(1);
+        while (!value.empty() && value.front() == ' ')
+            value.remove_prefix(1);
         headers->emplace_back(std::string(line.substr(0, colon)), std::string(value));
     }
     return size * count;
@@ -41,7 +43,8 @@ size_t appendHeader(char* data, size_t size, size_t count, void* user) {
 } // namespace
 
 std::optional<std::string> URLConnection::sendSynchronousRequest(const URLRequest& request,
-                                                                 HTTPURLResponse* response, VPErrorPtr* error) {
+                                                                 HTTPURLResponse* response,
+                                                                 VPErrorPtr* error) {
     static std::once_flag curlReady;
     std::call_once(curlReady, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
 
@@ -62,7 +65,8 @@ std::optional<std::string> URLConnection::sendSynchronousRequest(const URLReques
     const auto set = [&](auto option, auto value) {
         if (code == CURLE_OK) code = curl_easy_setopt(curl.get(), option, value);
     };
-    const long idleSeconds = request.timeoutInterval > 0 ? static_cast<long>(request.timeoutInterval + 0.999) : 0;
+    const long idleSeconds =
+        request.timeoutInterval > 0 ? static_cast<long>(request.timeoutInterval + 0.999) : 0;
     set(CURLOPT_URL, request.url.c_str());
     set(CURLOPT_CUSTOMREQUEST, request.method.c_str());
     set(CURLOPT_HTTPHEADER, headerList.get());

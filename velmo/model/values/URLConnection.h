@@ -16,8 +16,8 @@ public:
     /// thread until it ends. Stores the response and the error where asked; gives the body, or
     /// nothing when there was an error. An HTTP status is not an error here. Never call it on the
     /// main thread: it waits for the network.
-    static std::optional<std::string> sendSynchronousRequest(const URLRequest& request, HTTPURLResponse* response,
-                                                             VPErrorPtr* error);
+    static std::optional<std::string> sendSynchronousRequest(const URLRequest& request,
+                                                             HTTPURLResponse* response, VPErrorPtr* error);
 };
 
 } // namespace velmo

@@ -11,19 +11,27 @@ namespace {
 // The platform's class names for the kinds, as its diagnostics printed them.
 std::string className(const Value& value) {
     switch (value.kind()) {
-    case Value::Kind::Nil: return "nil";
-    case Value::Kind::Null: return "NSNull";
+    case Value::Kind::Nil:
+        return "nil";
+    case Value::Kind::Null:
+        return "NSNull";
     case Value::Kind::Bool:
     case Value::Kind::Int:
     case Value::Kind::UInt:
     case Value::Kind::Float:
-    case Value::Kind::Double: return "NSNumber";
-    case Value::Kind::String: return "NSString";
-    case Value::Kind::Bytes: return "NSData";
-    case Value::Kind::Array: return "NSMutableArray";
-    case Value::Kind::Dictionary: return "NSMutableDictionary";
+    case Value::Kind::Double:
+        return "NSNumber";
+    case Value::Kind::String:
+        return "NSString";
+    case Value::Kind::Bytes:
+        return "NSData";
+    case Value::Kind::Array:
+        return "NSMutableArray";
+    case Value::Kind::Dictionary:
+        return "NSMutableDictionary";
     case Value::Kind::Model:
-    case Value::Kind::Object: return value.object()->objectClass().name();
+    case Value::Kind::Object:
+        return value.object()->objectClass().name();
     }
     return "?";
 }
@@ -64,7 +72,8 @@ Value vp_toImmutableValue(const Value& value) {
     if (!value.isArray()) return value;
     logValueDiagnostic(value);
     Array out = Array::create(value.array().size());
-    for (const Value& item : value.array()) out.push_back(vp_toMutableValue(item));
+    for (const Value& item : value.array())
+        out.push_back(vp_toMutableValue(item));
     return Value(out);
 }
 

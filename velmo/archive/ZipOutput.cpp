@@ -1,0 +1,242 @@
+#include "velmo/archive/ZipOutput.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <zip.h>
+
+#include "velmo/foundation/Files.h"
+
+namespace velmo {
+
+namespace {
+
+// A level of -1 asks for zlib's own default; the ZIP library's default would be 9.
+constexpr int kDefaultDeflateLevel = 6;
+
+struct CloseProgressState {
+    const ZipOutput::CloseProgress* progress;
+    std::uint64_t total;
+    std::uint64_t reported;
+    /// The handler's exception, kept until the library has returned: none may cross its C frames.
+    std::exception_ptr exception;
+};
+
+// The library reports the share of the whole job done; each entry is an equal slice of it.
+void onCloseProgress(zip_t*, double fraction, void* context) {
+    auto* state = static_cast<CloseProgressState*>(context);
+    if (state->exception) return;
+    const double exact = fraction * static_cast<double>(state->total) + 1e-6;
+    const auto written = std::min(state->total, static_cast<std::uint64_t>(std::floor(std::max(exact, 0.0))));
+    if (written <= state->reported) return;
+    state->reported = written;
+    try {
+        (*state->progress)(written, state->total);
+    } catch (...) {
+        state->exception = std::current_exception();
+    }
+}
+
+int onCloseCancel(zip_t*, void* context) {
+    return static_cast<CloseProgressState*>(context)->exception ? 1 : 0;
+}
+
+} // namespace
+
+struct ZipOutput::Impl {
+    zip_t* archive = nullptr;
+    std::string path;
+    /// The entries read from files, by index: `close` may have to leave some out.
+    std::vector<std::pair<zip_uint64_t, DroppedFile>> files;
+
+    ZipResult fail(zip_error_t* error, std::string& message) {
+        message = zip_error_strerror(error);
+        const ZipResult result = zipResultFromLibzip(zip_error_code_zip(error));
+        zip_error_clear(archive);
+        return result;
+    }
+
+    /// Settings of a new entry; an entry that can't take them is removed again.
+    ZipResult configure(zip_int64_t added, const EntryOptions& options, bool isDirectory,
+                        std::string& message) {
+        const auto index = static_cast<zip_uint64_t>(added);
+        const bool store = options.compressionLevel == 0 || isDirectory;
+        const int level = options.compressionLevel < 0 ? kDefaultDeflateLevel : options.compressionLevel;
+        int rc = zip_set_file_compression(archive, index, store ? ZIP_CM_STORE : ZIP_CM_DEFLATE,
+                                          store ? 0 : static_cast<zip_uint32_t>(level));
+        // A file's date is its source's; setting another would break the traditional cipher's
+        // check byte, which the library makes from the source's date.
+        if (rc == 0 && isDirectory) {
+            rc = zip_file_set_dostime(archive, index, static_cast<zip_uint16_t>(options.dosDate & 0xffff),
+                                      static_cast<zip_uint16_t>(options.dosDate >> 16), 0);
+        }
+        // Unix as the host system, so readers take the mode from the top of the attributes.
+        if (rc == 0)
+            rc = zip_file_set_external_attributes(archive, index, 0, ZIP_OPSYS_UNIX, options.mode << 16);
+        if (rc == 0 && !isDirectory && !options.password.empty()) {
+            rc = zip_file_set_encryption(archive, index, options.aes ? ZIP_EM_AES_256 : ZIP_EM_TRAD_PKWARE,
+                                         options.password.c_str());
+        }
+        if (rc == 0) return ZipResult::Ok;
+        const ZipResult result = fail(zip_get_error(archive), message);
+        zip_delete(archive, index);
+        return result;
+    }
+
+    ZipResult add(const std::string& name, zip_source_t* source, const EntryOptions& options,
+                  std::string& message, zip_int64_t& index) {
+        if (!source) return fail(zip_get_error(archive), message);
+        index = zip_file_add(archive, name.c_str(), source, ZIP_FL_ENC_UTF_8);
+        if (index < 0) {
+            zip_source_free(source);
+            return fail(zip_get_error(archive), message);
+        }
+        return configure(index, options, false, message);
+    }
+};
+
+ZipOutput::ZipOutput() : impl_(std::make_unique<Impl>()) {}
+
+ZipOutput::~ZipOutput() {
+    discard();
+}
+
+ZipResult ZipOutput::open(const std::string& path) {
+    discard();
+    // The library touches the disk only when the archive is closed; a folder that can't take
+    // the archive should fail here, before anything is added.
+    const std::filesystem::path folder = std::filesystem::absolute(path).parent_path();
+    if (::access(folder.c_str(), W_OK | X_OK) != 0) {
+        lastMessage_ = folder.string() + ": " + std::strerror(errno);
+        return ZipResult::OpenError;
+    }
+    int code = 0;
+    impl_->archive = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &code);
+    if (!impl_->archive) {
+        zip_error_t error;
+        zip_error_init_with_code(&error, code);
+        lastMessage_ = zip_error_strerror(&error);
+        zip_error_fini(&error);
+        return ZipResult::OpenError;
+    }
+    impl_->path = path;
+    entries_ = 0;
+    dropped_.clear();
+    return ZipResult::Ok;
+}
+
+bool ZipOutput::isOpen() const {
+    return impl_->archive != nullptr;
+}
+
+ZipResult ZipOutput::addFile(const std::string& name, const std::string& sourcePath,
+                             const EntryOptions& options) {
+    if (!impl_->archive) return ZipResult::InvalidArgument;
+    zip_int64_t index = -1;
+    const ZipResult result = impl_->add(name, zip_source_file(impl_->archive, sourcePath.c_str(), 0, -1),
+                                        options, lastMessage_, index);
+    if (result == ZipResult::Ok)
+        impl_->files.emplace_back(static_cast<zip_uint64_t>(index), DroppedFile{name, sourcePath, 0});
+    return counted(result);
+}
+
+ZipResult ZipOutput::addData(const std::string& name, std::string_view data, const EntryOptions& options) {
+    if (!impl_->archive) return ZipResult::InvalidArgument;
+    // The library frees the copy once the archive is written.
+    void* copy = data.empty() ? nullptr : std::malloc(data.size());
+    if (!data.empty() && !copy) return ZipResult::OutOfMemory;
+    if (copy) std::memcpy(copy, data.data(), data.size());
+    zip_source_t* source = zip_source_buffer(impl_->archive, copy, data.size(), 1);
+    if (!source) std::free(copy);
+    zip_int64_t index = -1;
+    return counted(impl_->add(name, source, options, lastMessage_, index));
+}
+
+ZipResult ZipOutput::addDirectory(const std::string& name, const EntryOptions& options) {
+    if (!impl_->archive) return ZipResult::InvalidArgument;
+    const zip_int64_t index = zip_dir_add(impl_->archive, name.c_str(), ZIP_FL_ENC_UTF_8);
+    if (index < 0) return impl_->fail(zip_get_error(impl_->archive), lastMessage_);
+    return counted(impl_->configure(index, options, true, lastMessage_));
+}
+
+ZipResult ZipOutput::close(const CloseProgress& progress) {
+    zip_t* archive = impl_->archive;
+    if (!archive) return ZipResult::InvalidArgument;
+    dropped_.clear();
+    CloseProgressState state{&progress, entries_, 0, nullptr};
+    if (progress && entries_ > 0) {
+        zip_register_progress_callback_with_state(archive, 0.0, onCloseProgress, nullptr, &state);
+        zip_register_cancel_callback_with_state(archive, onCloseCancel, nullptr, &state);
+    }
+    // The library reads the files only now. A failed close leaves the archive as it was, so
+    // files that went away since they were added are left out and the rest is tried again:
+    // one file doesn't cost the others.
+    while (zip_close(archive) != 0) {
+        if (state.exception) {
+            discard();
+            std::rethrow_exception(state.exception);
+        }
+        const ZipResult result = impl_->fail(zip_get_error(archive), lastMessage_);
+        if (!dropUnreadableFiles()) {
+            discard();
+            return result == ZipResult::Ok ? ZipResult::WriteError : result;
+        }
+        state.total = entries_;
+    }
+    impl_->archive = nullptr;
+    impl_->files.clear();
+    if (state.exception) std::rethrow_exception(state.exception);
+    const std::uint64_t entries = entries_;
+    if (entries == 0) {
+        // The library writes no file for an archive without entries; an empty archive is its
+        // end-of-directory record alone.
+        static constexpr char kEmptyArchive[22] = {'P', 'K', 5, 6};
+        if (!Files::writeAtomically(impl_->path, std::string_view(kEmptyArchive, sizeof kEmptyArchive))) {
+            lastMessage_ = "Can't write the empty archive";
+            return ZipResult::WriteError;
+        }
+    }
+    if (progress && state.reported < entries) progress(entries, entries);
+    return ZipResult::Ok;
+}
+
+bool ZipOutput::dropUnreadableFiles() {
+    const std::size_t before = dropped_.size();
+    auto& files = impl_->files;
+    for (auto it = files.begin(); it != files.end();) {
+        const int fd = ::open(it->second.sourcePath.c_str(), O_RDONLY | O_CLOEXEC);
+        const int error = fd < 0 ? errno : 0;
+        if (fd >= 0) ::close(fd);
+        if (error == 0) {
+            ++it;
+            continue;
+        }
+        zip_delete(impl_->archive, it->first);
+        --entries_;
+        dropped_.push_back(std::move(it->second));
+        dropped_.back().error = error;
+        it = files.erase(it);
+    }
+    return dropped_.size() > before;
+}
+
+ZipResult ZipOutput::counted(ZipResult result) {
+    if (result == ZipResult::Ok) ++entries_;
+    return result;
+}
+
+void ZipOutput::discard() {
+    if (impl_->archive) zip_discard(impl_->archive);
+    impl_->archive = nullptr;
+    impl_->files.clear();
+}
+
+} // namespace velmo

@@ -1,0 +1,416 @@
+#include "velmo/archive/ZipUnpacker.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "velmo/archive/DosDate.h"
+#include "velmo/archive/ZipEntryName.h"
+#include "velmo/foundation/SystemLog.h"
+
+namespace velmo {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::uint8_t kHostUnix = 3;
+constexpr std::uint32_t kSymbolicLinkType = 0xA;
+constexpr std::size_t kChunkSize = 4096;
+// The longest target a symbolic link can have here.
+constexpr std::size_t kMaxLinkTarget = 4096;
+
+constexpr const char* kFailedOpenFileInZip = "failed to open file in zip file";
+constexpr const char* kFailedRetrieveInfo = "failed to retrieve info for file";
+constexpr const char* kCrcCheckFailed = "crc check failed for file";
+constexpr const char* kFailedToWrite = "Failed to write file (check your free space)";
+
+bool setModificationDate(const fs::path& path, Date date) {
+    const auto sinceEpoch = date.time_since_epoch();
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
+    const auto nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(sinceEpoch - seconds);
+    const timespec times[2] = {
+        {0, UTIME_OMIT}, {static_cast<time_t>(seconds.count()), static_cast<long>(nanoseconds.count())}};
+    return ::utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+/// 0, or the errno of the write that failed.
+int writeAll(int fd, const char* data, std::size_t size) {
+    while (size > 0) {
+        const ssize_t n = ::write(fd, data, size);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            return errno;
+        }
+        // A write that takes nothing sets no errno.
+        if (n == 0) return EIO;
+        data += n;
+        size -= static_cast<std::size_t>(n);
+    }
+    return 0;
+}
+
+bool isZipFile(const fs::path& path) {
+    std::string extension = path.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return extension == ".zip";
+}
+
+} // namespace
+
+ZipUnpacker::ZipUnpacker(std::string path, std::string destination, Options options,
+                         VPZipArchiveDelegate* delegate, VPZipArchive::ProgressHandler progressHandler)
+    : path_(std::move(path)), destination_(std::move(destination)), options_(std::move(options)),
+      delegate_(delegate), progressHandler_(std::move(progressHandler)) {}
+
+bool ZipUnpacker::run(VPErrorPtr& error) {
+    if (input_.open(path_) != ZipResult::Ok) {
+        error =
+            VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedOpenZipFile, {}, input_.lastMessage());
+        return false;
+    }
+    opened_ = true;
+    std::error_code ec;
+    // Checked once the archive has opened, so its failure comes first. Every entry would fail on
+    // its own, quietly, in a destination that is a file; one clear error instead.
+    if (fs::exists(destination_, ec) && !fs::is_directory(destination_, ec)) {
+        error = VPZipArchive::errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {},
+                                            fmt::format("\"{}\" is not a directory", destination_));
+        return false;
+    }
+    fileSize_ = fs::file_size(path_, ec);
+    if (ec) fileSize_ = 0;
+    zipInfo_ = VPZipArchiveInfo{input_.entryCount(), input_.comment()};
+    fs::path destination = fs::absolute(destination_).lexically_normal();
+    if (!destination.has_filename() && destination.has_relative_path())
+        destination = destination.parent_path();
+    root_ = fs::weakly_canonical(destination, ec);
+    if (ec) root_ = destination;
+
+    if (VPErrorPtr tooLarge = checkDeclaredSizes()) {
+        error = tooLarge;
+        return false;
+    }
+
+    tell(Operation::WillUnzipArchive, [&](auto& d) { d.zipArchiveWillUnzipArchiveAtPath(path_, zipInfo_); });
+    tell(Operation::ProgressEvent, [&](auto& d) { d.zipArchiveProgressEvent(0, fileSize_); });
+    for (std::uint64_t index = 0; index < zipInfo_.numberOfEntries && !failed_; ++index)
+        unpackEntry(index);
+    input_.close();
+
+    const bool success = !failed_;
+    if (success && options_.preserveAttributes) applyDirectoryDates();
+    if (success) {
+        tell(Operation::DidUnzipArchive,
+             [&](auto& d) { d.zipArchiveDidUnzipArchiveAtPath(path_, zipInfo_, destination_); });
+    }
+    if (!cancelled_)
+        tell(Operation::ProgressEvent, [&](auto& d) { d.zipArchiveProgressEvent(fileSize_, fileSize_); });
+    error = error_;
+    if (!error && crcFailed_) {
+        error = VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileInfoNotLoadable, kCrcCheckFailed);
+    }
+    return success;
+}
+
+VPErrorPtr ZipUnpacker::checkDeclaredSizes() {
+    const auto& limits = options_.limits;
+    const VPZipArchive::UnzipLimits none;
+    if (limits.maxEntrySize == none.maxEntrySize && limits.maxTotalSize == none.maxTotalSize) return nullptr;
+    std::uint64_t total = 0;
+    VPZipFileInfo info;
+    for (std::uint64_t index = 0; index < zipInfo_.numberOfEntries; ++index) {
+        // An entry without a record fails in the run itself.
+        if (input_.entryInfo(index, info) != ZipResult::Ok) continue;
+        const std::uint64_t size = info.uncompressedSize;
+        if (size > limits.maxEntrySize) {
+            return limitPassed(fmt::format("entry \"{}\" declares {} bytes, more than the limit of {}",
+                                           ZipEntryName::decode(info.rawName, info.hostSystem, info.utf8Name),
+                                           size, limits.maxEntrySize));
+        }
+        // `total` never passes the limit here, so the subtraction can't wrap.
+        if (size > limits.maxTotalSize - total) {
+            return limitPassed(fmt::format("the archive declares more than the {} bytes left to write",
+                                           limits.maxTotalSize));
+        }
+        total += size;
+    }
+    return nullptr;
+}
+
+VPErrorPtr ZipUnpacker::limitPassed(std::string reason) {
+    limitPassed_ = true;
+    return VPZipArchive::errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {}, reason);
+}
+
+void ZipUnpacker::unpackEntry(std::uint64_t index) {
+    const ZipResult opened =
+        input_.openEntry(index, options_.password.empty() ? std::nullopt : std::optional(options_.password));
+    if (opened != ZipResult::Ok) {
+        fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedOpenFileInZip, kFailedOpenFileInZip,
+                                         input_.lastMessage()));
+        return;
+    }
+    VPZipFileInfo info;
+    if (input_.entryInfo(index, info) != ZipResult::Ok) {
+        fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileInfoNotLoadable, kFailedRetrieveInfo,
+                                         input_.lastMessage()));
+        return;
+    }
+    const auto fileIndex = static_cast<std::int64_t>(index);
+    const auto totalFiles = static_cast<std::int64_t>(zipInfo_.numberOfEntries);
+    if (delegate_ && delegate_->respondsTo(Operation::ShouldUnzipFile) &&
+        !delegate_->zipArchiveShouldUnzipFileAtIndex(fileIndex, totalFiles, path_, info)) {
+        failed_ = true;
+        cancelled_ = true;
+        return;
+    }
+    tell(Operation::WillUnzipFile,
+         [&](auto& d) { d.zipArchiveWillUnzipFileAtIndex(fileIndex, totalFiles, path_, info); });
+    position_ += info.compressedSize;
+    tell(Operation::ProgressEvent, [&](auto& d) { d.zipArchiveProgressEvent(position_, fileSize_); });
+
+    const bool isLink = info.hostSystem == kHostUnix && (info.externalAttributes >> 28) == kSymbolicLinkType;
+    const std::string name = ZipEntryName::decode(info.rawName, info.hostSystem, info.utf8Name);
+    if (ZipEntryName::isMacOSXMetadata(name)) {
+        input_.closeEntry();
+        return;
+    }
+    const bool isDirectory = ZipEntryName::isDirectory(info.rawName);
+    std::string relative = ZipEntryName::sanitizedPath(name);
+    while (!relative.empty() && relative.back() == '/')
+        relative.pop_back();
+    if (relative.empty()) relative = std::to_string(index);
+    const fs::path fullPath = fs::path(destination_) / relative;
+
+    // Names can't climb out any more, but links unpacked earlier still could lead elsewhere.
+    if (!staysInside(isDirectory ? fullPath : fullPath.parent_path())) {
+        fail(VPZipArchive::errorWithCode(
+            VPZipArchiveErrorCode::InvalidArguments, {},
+            fmt::format("entry \"{}\" would be written outside the destination through a symbolic link",
+                        name)));
+        return;
+    }
+    if (options_.preserveAttributes) dates_.emplace_back(fullPath, info.dosDate);
+    if (!makeDirectory(isDirectory ? fullPath : fullPath.parent_path())) return;
+
+    struct stat existing;
+    const bool exists = ::lstat(fullPath.c_str(), &existing) == 0;
+    if (!isDirectory && !options_.overwrite && exists) {
+        input_.closeEntry();
+        return;
+    }
+    if (isLink) {
+        writeSymbolicLink(fullPath);
+    } else if (!isDirectory && writeRegularFile(fullPath)) {
+        finishRegularFile(fullPath, info);
+    }
+    if (failed_) return;
+    input_.closeEntry();
+
+    tell(Operation::DidUnzipFileWithInfo,
+         [&](auto& d) { d.zipArchiveDidUnzipFileAtIndex(fileIndex, totalFiles, path_, info); });
+    tell(Operation::DidUnzipFileToPath,
+         [&](auto& d) { d.zipArchiveDidUnzipFileAtIndex(fileIndex, totalFiles, path_, fullPath.string()); });
+    if (progressHandler_) progressHandler_(name, info, fileIndex, totalFiles);
+}
+
+bool ZipUnpacker::makeDirectory(const fs::path& directory) {
+    std::error_code ec;
+    fs::create_directories(directory, ec);
+    if (!ec) return true;
+    const VPErrorPtr error = VPZipArchive::posixError(ec.value(), directory.string() + ": " + ec.message());
+    if (ec.value() == ENOSPC) {
+        fail(error);
+        return false;
+    }
+    SystemLog::log(fmt::format("[VPZipArchive] Error: {}", error->description()));
+    return true;
+}
+
+bool ZipUnpacker::writeRegularFile(const fs::path& target) {
+    struct stat existing;
+    if (::lstat(target.c_str(), &existing) == 0) {
+        // A directory in the way passes quietly; a file or a link in the way is replaced, so
+        // nothing is ever written through a link or into another name of the same file.
+        if (S_ISDIR(existing.st_mode)) return false;
+        ::unlink(target.c_str());
+    }
+    const int fd = ::open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644);
+    if (fd < 0) {
+        const int code = errno;
+        if (code == EISDIR) return false;
+        const VPErrorPtr error = VPZipArchive::posixError(code, target.string() + ": " + std::strerror(code));
+        if (code == EMFILE || code == ENOSPC) {
+            fail(error);
+        } else {
+            SystemLog::log(
+                fmt::format("[VPZipArchive] Failed to open file on unzipping.({})", error->description()));
+        }
+        return false;
+    }
+    const auto writeFailed = [this](int code) {
+        SystemLog::log(fmt::format("[VPZipArchive] {}", kFailedToWrite));
+        fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedToWriteFile, {}, std::strerror(code)));
+    };
+    const auto& limits = options_.limits;
+    std::uint64_t entryBytes = 0;
+    char buffer[kChunkSize];
+    for (;;) {
+        std::size_t count = 0;
+        if (!readChunk(buffer, sizeof buffer, count) || count == 0) break;
+        entryBytes += count;
+        written_ += count;
+        if (entryBytes > limits.maxEntrySize || written_ > limits.maxTotalSize) {
+            fail(limitPassed(fmt::format("\"{}\" holds more than its limit", target.string())));
+            break;
+        }
+        if (const int code = writeAll(fd, buffer, count); code != 0) {
+            writeFailed(code);
+            break;
+        }
+    }
+    const int closeError = ::close(fd) == 0 ? 0 : errno;
+    if (closeError != 0 && !failed_) writeFailed(closeError);
+    return !failed_;
+}
+
+void ZipUnpacker::finishRegularFile(const fs::path& target, const VPZipFileInfo& info) {
+    if (options_.nestedZipLevel > 0 && isZipFile(target) && unpackNested(target)) {
+        // The inner archive is gone, and so is its date.
+        if (options_.preserveAttributes && !dates_.empty()) dates_.pop_back();
+        std::error_code ec;
+        fs::remove(target, ec);
+        return;
+    }
+    if (failed_ || !options_.preserveAttributes) return;
+    if (info.dosDate != 0 && !setModificationDate(target, DosDate::dateFromDosDate(info.dosDate))) {
+        SystemLog::log("[VPZipArchive] Failed to set attributes - whilst setting modification date");
+    }
+    // Owners can always read and write what they unpacked; set-id and sticky bits are never taken
+    // from an archive.
+    const mode_t mode = static_cast<mode_t>((info.externalAttributes >> 16) & 0777) | 0600;
+    if (::chmod(target.c_str(), mode) != 0) {
+        SystemLog::log("[VPZipArchive] Failed to set attributes - whilst setting permissions");
+    }
+}
+
+bool ZipUnpacker::unpackNested(const fs::path& archive) {
+    Options inner = options_;
+    --inner.nestedZipLevel;
+    // The inner run gets what is left of the total, and what it writes counts here: nesting
+    // must not multiply the caller's bound.
+    const VPZipArchive::UnzipLimits none;
+    if (inner.limits.maxTotalSize != none.maxTotalSize)
+        inner.limits.maxTotalSize -= std::min(written_, inner.limits.maxTotalSize);
+    ZipUnpacker unpacker(archive.string(), archive.parent_path().string(), std::move(inner), nullptr, {});
+    VPErrorPtr error;
+    const bool unpacked = unpacker.run(error);
+    written_ += unpacker.written_;
+    // Any other failure keeps the inner archive as a file, but a limit is the whole run's.
+    if (unpacker.limitPassed_) {
+        limitPassed_ = true;
+        fail(error);
+    }
+    return unpacked;
+}
+
+void ZipUnpacker::writeSymbolicLink(const fs::path& target) {
+    std::string destination;
+    if (!readEntry(destination, kMaxLinkTarget)) return;
+    struct stat existing;
+    if (options_.overwrite && ::lstat(target.c_str(), &existing) == 0) {
+        std::error_code ec;
+        fs::remove_all(target, ec);
+        if (ec) {
+            const std::string message =
+                fmt::format("Failed to delete existing symbolic link at \"{}\"", target.string());
+            SystemLog::log(fmt::format("[VPZipArchive] {}", message));
+            error_ = VPZipArchive::posixError(ec.value(), message);
+        }
+    }
+    if (::symlink(destination.c_str(), target.c_str()) != 0) {
+        const int code = errno;
+        const std::string message =
+            fmt::format("Failed to create symbolic link at \"{}\" to \"{}\" - symlink() error code: {}",
+                        target.string(), destination, code);
+        SystemLog::log(fmt::format("[VPZipArchive] {}", message));
+        error_ = VPZipArchive::posixError(code, message);
+    }
+}
+
+bool ZipUnpacker::readEntry(std::string& content, std::size_t limit) {
+    char buffer[kChunkSize];
+    for (;;) {
+        std::size_t count = 0;
+        if (!readChunk(buffer, sizeof buffer, count)) return false;
+        if (count == 0) return true;
+        if (content.size() + count > limit) {
+            fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {},
+                                             "a symbolic link's target is longer than a path can be"));
+            return false;
+        }
+        content.append(buffer, count);
+    }
+}
+
+bool ZipUnpacker::readChunk(char* buffer, std::size_t size, std::size_t& count) {
+    const ZipResult result = input_.read(buffer, size, count);
+    if (result == ZipResult::CrcError) {
+        crcFailed_ = true;
+        failed_ = true;
+        return false;
+    }
+    if (result != ZipResult::Ok) {
+        // A read failure ends the run without an error of its own; the library's word is logged.
+        SystemLog::log(fmt::format("[VPZipArchive] {}", input_.lastMessage()));
+        failed_ = true;
+        return false;
+    }
+    return true;
+}
+
+void ZipUnpacker::applyDirectoryDates() {
+    for (const auto& [path, dosDate] : dates_) {
+        struct stat st;
+        // Only real directories: a link that replaced one is left alone.
+        if (dosDate == 0 || ::lstat(path.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) || !staysInside(path))
+            continue;
+        if (!setModificationDate(path, DosDate::dateFromDosDate(dosDate))) {
+            const int code = errno;
+            const VPErrorPtr error = VPZipArchive::posixError(code, std::strerror(code));
+            SystemLog::log(
+                fmt::format("[VPZipArchive] Set attributes failed for directory: {}.", path.string()));
+            SystemLog::log(
+                fmt::format("[VPZipArchive] Error setting directory file modification date attribute: {}",
+                            error->description()));
+        }
+    }
+}
+
+bool ZipUnpacker::staysInside(const fs::path& path) const {
+    // Absolute first: a path none of which exists yet would otherwise stay relative.
+    std::error_code ec;
+    const fs::path real = fs::weakly_canonical(fs::absolute(path, ec), ec);
+    if (ec) return false;
+    auto part = real.begin();
+    for (const auto& rootPart : root_) {
+        if (part == real.end() || *part != rootPart) return false;
+        ++part;
+    }
+    return true;
+}
+
+void ZipUnpacker::fail(VPErrorPtr error) {
+    failed_ = true;
+    error_ = std::move(error);
+}
+
+} // namespace velmo

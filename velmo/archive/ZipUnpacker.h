@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "velmo/archive/VPZipArchive.h"
+#include "velmo/archive/ZipInput.h"
+
+namespace velmo {
+
+/// One run of unpacking an archive into a destination: the work behind the main unpacking form.
+class ZipUnpacker {
+  public:
+    struct Options {
+        bool preserveAttributes = true;
+        bool overwrite = true;
+        /// Inner archives are unpacked while this is above 0.
+        int nestedZipLevel = 0;
+        std::string password;
+        VPZipArchive::UnzipLimits limits;
+    };
+
+    ZipUnpacker(std::string path, std::string destination, Options options, VPZipArchiveDelegate* delegate,
+                VPZipArchive::ProgressHandler progressHandler);
+
+    /// Unpacks every entry. `error` is the error to report, which a successful run can have too
+    /// (a symbolic link that could not be made).
+    bool run(VPErrorPtr& error);
+    /// False when the archive never opened.
+    bool opened() const { return opened_; }
+
+  private:
+    using Operation = VPZipArchiveDelegate::Operation;
+
+    template <class Call> void tell(Operation operation, Call&& call) {
+        if (delegate_ && delegate_->respondsTo(operation)) call(*delegate_);
+    }
+
+    VPErrorPtr checkDeclaredSizes();
+    /// The error of a run that passes a limit, which is marked as such.
+    VPErrorPtr limitPassed(std::string reason);
+    /// Unpacks an inner archive beside itself with what is left of the limits; true on success.
+    bool unpackNested(const std::filesystem::path& archive);
+    void unpackEntry(std::uint64_t index);
+    bool makeDirectory(const std::filesystem::path& directory);
+    bool writeRegularFile(const std::filesystem::path& target);
+    void finishRegularFile(const std::filesystem::path& target, const VPZipFileInfo& info);
+    void writeSymbolicLink(const std::filesystem::path& target);
+    bool readEntry(std::string& content, std::size_t limit);
+    /// The next bytes of the open entry, 0 at its end; false when the run has failed on them
+    /// (a checksum that doesn't match ends it too, reported after the loop).
+    bool readChunk(char* buffer, std::size_t size, std::size_t& count);
+    void applyDirectoryDates();
+    bool staysInside(const std::filesystem::path& path) const;
+    void fail(VPErrorPtr error);
+
+    std::string path_;
+    std::string destination_;
+    Options options_;
+    VPZipArchiveDelegate* delegate_;
+    VPZipArchive::ProgressHandler progressHandler_;
+
+    ZipInput input_;
+    bool opened_ = false;
+    std::filesystem::path root_;
+    VPZipArchiveInfo zipInfo_;
+    std::uint64_t fileSize_ = 0;
+    std::uint64_t position_ = 0;
+    /// Bytes of entries written, inner archives' included, against the total limit.
+    std::uint64_t written_ = 0;
+    /// Entries' paths and DOS dates, for the directories' dates at the end.
+    std::vector<std::pair<std::filesystem::path, std::uint32_t>> dates_;
+
+    bool failed_ = false;
+    bool cancelled_ = false;
+    bool crcFailed_ = false;
+    bool limitPassed_ = false;
+    VPErrorPtr error_;
+};
+
+} // namespace velmo

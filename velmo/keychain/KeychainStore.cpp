@@ -1,0 +1,59 @@
+#include "velmo/keychain/KeychainStore.h"
+
+#include <fmt/format.h>
+
+#include "velmo/foundation/Files.h"
+#include "velmo/foundation/SystemLog.h"
+#include "velmo/keychain/KeychainFileStore.h"
+#include "velmo/keychain/SecretServiceStore.h"
+#include "velmo/keychain/VPKeychainQuery.h"
+
+namespace velmo {
+
+bool KeychainMatch::matches(const KeychainItem& item) const {
+    return (!service || *service == item.service) && (!account || *account == item.account) &&
+           (!accessGroup || *accessGroup == item.accessGroup);
+}
+
+KeychainStatus KeychainStatus::failure(std::int32_t code, std::string message) {
+    return KeychainStatus{code, message.empty() ? KeychainStore::messageForCode(code) : std::move(message)};
+}
+
+KeychainStore& KeychainStore::shared() {
+    // Made once, under the language's guard for concurrent first calls, and kept for the
+    // process: every token of a run lives in one place.
+    static KeychainStore* const store = []() -> KeychainStore* {
+        std::string reason;
+        if (auto secretService = SecretServiceStore::connect(reason)) return secretService.release();
+        const auto path = Files::velmoHome() / "keychain.json";
+        SystemLog::log(
+            fmt::format("[VPKeychain] No secret service answered ({}); secrets are kept in {}, readable "
+                        "by this user only",
+                        reason, path.string()));
+        return new KeychainFileStore(path);
+    }();
+    return *store;
+}
+
+std::string KeychainStore::messageForCode(std::int32_t code) {
+    switch (code) {
+    case kVPKeychainErrorItemNotFound:
+        return "The item could not be found in the secret store.";
+    case kVPKeychainErrorDuplicateItem:
+        return "The item already exists in the secret store.";
+    case kVPKeychainErrorNotAvailable:
+        return "No secret store is available.";
+    case kVPKeychainErrorNoDefaultKeychain:
+        return "The secret store has no default collection.";
+    case kVPKeychainErrorInteractionNotAllowed:
+        return "The secret store is locked.";
+    case kVPKeychainErrorDecode:
+        return "The secret store's data could not be read.";
+    case kVPKeychainErrorBadArguments:
+        return kVPKeychainErrorBadArgumentsText;
+    default:
+        return fmt::format("The secret store failed (code {}).", code);
+    }
+}
+
+} // namespace velmo
