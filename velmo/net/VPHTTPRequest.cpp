@@ -539,13 +539,13 @@ void VPHTTPRequest::start() {
 }
 
 void VPHTTPRequest::armTimeoutTimer() {
-    std::chrono::steady_clock::duration remaining;
+    const std::chrono::seconds limit(timeoutInterval());
+    std::chrono::steady_clock::time_point started;
     {
         std::lock_guard lock(mutex_);
-        const unsigned seconds =
-            timeoutInterval_ != 0 ? timeoutInterval_ : static_cast<unsigned>(gDefaultTimeoutInterval.load());
-        remaining = startTime_ + std::chrono::seconds(seconds) - std::chrono::steady_clock::now();
+        started = startTime_;
     }
+    const auto remaining = started + limit - std::chrono::steady_clock::now();
     std::weak_ptr<VPHTTPRequest> weak = std::static_pointer_cast<VPHTTPRequest>(shared_from_this());
     timeoutTimer_.start(
         std::max(remaining, std::chrono::steady_clock::duration::zero()),
