@@ -6,8 +6,9 @@ namespace velmo {
 
 std::string Base64::encode(std::string_view bytes) {
     std::string out(4 * ((bytes.size() + 2) / 3) + 1, '\0');
-    const int n = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(out.data()),
-                                  reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int>(bytes.size()));
+    const int n =
+        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(out.data()),
+                        reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int>(bytes.size()));
     out.resize(static_cast<std::size_t>(n));
     return out;
 }
@@ -21,8 +22,9 @@ std::optional<std::string> Base64::decode(std::string_view text) {
     if (clean.size() % 4 != 0) return std::nullopt;
     if (clean.empty()) return std::string();
     std::string out(clean.size() / 4 * 3, '\0');
-    const int n = EVP_DecodeBlock(reinterpret_cast<unsigned char*>(out.data()),
-                                  reinterpret_cast<const unsigned char*>(clean.data()), static_cast<int>(clean.size()));
+    const int n =
+        EVP_DecodeBlock(reinterpret_cast<unsigned char*>(out.data()),
+                        reinterpret_cast<const unsigned char*>(clean.data()), static_cast<int>(clean.size()));
     if (n < 0) return std::nullopt;
     // EVP_DecodeBlock counts the padding as zero bytes.
     std::size_t padding = 0;

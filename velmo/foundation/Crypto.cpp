@@ -26,13 +26,15 @@ std::string digest(const EVP_MD* md, std::string_view bytes) {
     return std::string(reinterpret_cast<const char*>(out), length);
 }
 
-std::optional<std::string> aes(std::string_view input, std::string_view key, std::string_view iv, bool encrypt) {
+std::optional<std::string> aes(std::string_view input, std::string_view key, std::string_view iv,
+                               bool encrypt) {
     if (key.size() != 32 || iv.size() != 16) return std::nullopt;
     std::unique_ptr<EVP_CIPHER_CTX, CipherCtxDeleter> ctx(EVP_CIPHER_CTX_new());
     if (!ctx) return std::nullopt;
     const auto* k = reinterpret_cast<const unsigned char*>(key.data());
     const auto* v = reinterpret_cast<const unsigned char*>(iv.data());
-    if (EVP_CipherInit_ex(ctx.get(), EVP_aes_256_cbc(), nullptr, k, v, encrypt ? 1 : 0) != 1) return std::nullopt;
+    if (EVP_CipherInit_ex(ctx.get(), EVP_aes_256_cbc(), nullptr, k, v, encrypt ? 1 : 0) != 1)
+        return std::nullopt;
     std::string out(input.size() + 32, '\0');
     int written = 0;
     int last = 0;
@@ -48,9 +50,13 @@ std::optional<std::string> aes(std::string_view input, std::string_view key, std
 
 } // namespace
 
-std::string Crypto::md5(std::string_view bytes) { return digest(EVP_md5(), bytes); }
+std::string Crypto::md5(std::string_view bytes) {
+    return digest(EVP_md5(), bytes);
+}
 
-std::string Crypto::sha256(std::string_view bytes) { return digest(EVP_sha256(), bytes); }
+std::string Crypto::sha256(std::string_view bytes) {
+    return digest(EVP_sha256(), bytes);
+}
 
 std::string Crypto::hex(std::string_view bytes) {
     static constexpr char digits[] = "0123456789abcdef";

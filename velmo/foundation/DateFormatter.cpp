@@ -40,8 +40,8 @@ std::string DateFormatter::stringFromDate(Date date) const {
     const year_month_day ymd{days};
     const hh_mm_ss hms{secs - days};
     return fmt::format("{:04d}-{:02d}-{:02d}T{:02d}:{:02d}:{:02d}", static_cast<int>(ymd.year()),
-                       static_cast<unsigned>(ymd.month()), static_cast<unsigned>(ymd.day()), hms.hours().count(),
-                       hms.minutes().count(), hms.seconds().count());
+                       static_cast<unsigned>(ymd.month()), static_cast<unsigned>(ymd.day()),
+                       hms.hours().count(), hms.minutes().count(), hms.seconds().count());
 }
 
 } // namespace velmo

@@ -44,7 +44,8 @@ public:
         --depth_;
         const std::size_t first = stack_.size() - 2 * static_cast<std::size_t>(members);
         Dictionary d = Dictionary::create(members);
-        for (std::size_t i = first; i < stack_.size(); i += 2) d.setEntry(stack_[i], std::move(stack_[i + 1]));
+        for (std::size_t i = first; i < stack_.size(); i += 2)
+            d.setEntry(stack_[i], std::move(stack_[i + 1]));
         stack_.resize(first);
         stack_.emplace_back(d);
         return true;
@@ -82,11 +83,12 @@ private:
     bool tooDeep_ = false;
 };
 
-bool isJsonSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+bool isJsonSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
 
-constexpr unsigned kParseFlags =
-    rapidjson::kParseValidateEncodingFlag | rapidjson::kParseFullPrecisionFlag | rapidjson::kParseIterativeFlag |
-    rapidjson::kParseStopWhenDoneFlag;
+constexpr unsigned kParseFlags = rapidjson::kParseValidateEncodingFlag | rapidjson::kParseFullPrecisionFlag |
+                                 rapidjson::kParseIterativeFlag | rapidjson::kParseStopWhenDoneFlag;
 
 } // namespace
 
@@ -97,14 +99,16 @@ Value Json::parse(std::string_view text, const ReadOptions& options) {
     const rapidjson::ParseResult result = reader.Parse<kParseFlags>(stream, builder);
     if (result.IsError()) {
         if (builder.tooDeep()) {
-            throw JsonParseError(fmt::format("nesting deeper than {} levels", options.maxDepth), result.Offset());
+            throw JsonParseError(fmt::format("nesting deeper than {} levels", options.maxDepth),
+                                 result.Offset());
         }
         throw JsonParseError(rapidjson::GetParseError_En(result.Code()), result.Offset());
     }
     // The reader stops after the root value; anything but white space after it is an error,
     // including bytes hidden behind a zero byte.
     std::size_t offset = stream.Tell();
-    while (offset < text.size() && isJsonSpace(text[offset])) ++offset;
+    while (offset < text.size() && isJsonSpace(text[offset]))
+        ++offset;
     if (offset != text.size()) {
         throw JsonParseError("The document root must not be followed by other values.", offset);
     }
@@ -128,17 +132,26 @@ namespace {
 
 // Text must be valid UTF-8 to be written. (The writers' own validating mode can't be used: the
 // pretty writer of this RapidJSON drops the flag from its base class.)
-bool isValidUtf8(std::string_view s) { return Utf8::isValid(s); }
+bool isValidUtf8(std::string_view s) {
+    return Utf8::isValid(s);
+}
 
-template <class Writer>
-void writeValue(Writer& writer, const Value& value) {
+template <class Writer> void writeValue(Writer& writer, const Value& value) {
     char buffer[64];
     switch (value.kind()) {
     case Value::Kind::Nil:
-    case Value::Kind::Null: writer.Null(); break;
-    case Value::Kind::Bool: writer.Bool(value.boolValue()); break;
-    case Value::Kind::Int: writer.Int64(value.int64Value()); break;
-    case Value::Kind::UInt: writer.Uint64(value.uint64Value()); break;
+    case Value::Kind::Null:
+        writer.Null();
+        break;
+    case Value::Kind::Bool:
+        writer.Bool(value.boolValue());
+        break;
+    case Value::Kind::Int:
+        writer.Int64(value.int64Value());
+        break;
+    case Value::Kind::UInt:
+        writer.Uint64(value.uint64Value());
+        break;
     case Value::Kind::Float:
     case Value::Kind::Double: {
         // Shortest text that reads back to the same number, in the number's own precision:
@@ -146,11 +159,13 @@ void writeValue(Writer& writer, const Value& value) {
         std::to_chars_result r;
         if (value.kind() == Value::Kind::Float) {
             const float f = value.floatValue();
-            if (!std::isfinite(f)) throw JsonWriteError("Invalid number value (infinite or NaN) in JSON write");
+            if (!std::isfinite(f))
+                throw JsonWriteError("Invalid number value (infinite or NaN) in JSON write");
             r = std::to_chars(buffer, buffer + sizeof buffer, f);
         } else {
             const double d = value.doubleValue();
-            if (!std::isfinite(d)) throw JsonWriteError("Invalid number value (infinite or NaN) in JSON write");
+            if (!std::isfinite(d))
+                throw JsonWriteError("Invalid number value (infinite or NaN) in JSON write");
             r = std::to_chars(buffer, buffer + sizeof buffer, d);
         }
         writer.RawValue(buffer, static_cast<rapidjson::SizeType>(r.ptr - buffer), rapidjson::kNumberType);
@@ -164,7 +179,8 @@ void writeValue(Writer& writer, const Value& value) {
     }
     case Value::Kind::Array:
         writer.StartArray();
-        for (const Value& item : value.array()) writeValue(writer, item);
+        for (const Value& item : value.array())
+            writeValue(writer, item);
         writer.EndArray();
         break;
     case Value::Kind::Dictionary:
@@ -205,10 +221,13 @@ bool validJson(const Value& value) {
     case Value::Kind::Null:
     case Value::Kind::Bool:
     case Value::Kind::Int:
-    case Value::Kind::UInt: return true;
-    case Value::Kind::String: return isValidUtf8(value.stringView());
+    case Value::Kind::UInt:
+        return true;
+    case Value::Kind::String:
+        return isValidUtf8(value.stringView());
     case Value::Kind::Float:
-    case Value::Kind::Double: return std::isfinite(value.doubleValue());
+    case Value::Kind::Double:
+        return std::isfinite(value.doubleValue());
     case Value::Kind::Array:
         for (const Value& item : value.array()) {
             if (!validJson(item)) return false;
@@ -219,7 +238,8 @@ bool validJson(const Value& value) {
             if (!isValidUtf8(entry.key.stringView()) || !validJson(entry.value)) return false;
         }
         return true;
-    default: return false;
+    default:
+        return false;
     }
 }
 } // namespace

@@ -34,7 +34,8 @@ void NotificationCenter::post(Notification notification) {
             matching.push_back(r.observer);
         }
     }
-    for (const auto& observer : matching) (*observer)(notification);
+    for (const auto& observer : matching)
+        (*observer)(notification);
 }
 
 void NotificationCenter::post(std::string_view name, std::shared_ptr<Object> object, Dictionary userInfo) {

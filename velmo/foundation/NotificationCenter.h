@@ -36,7 +36,8 @@ public:
     void removeObserver(Token token);
 
     void post(Notification notification);
-    void post(std::string_view name, std::shared_ptr<Object> object = nullptr, Dictionary userInfo = Dictionary());
+    void post(std::string_view name, std::shared_ptr<Object> object = nullptr,
+              Dictionary userInfo = Dictionary());
 
 private:
     struct Registration {
@@ -54,7 +55,8 @@ private:
 class ScopedObserver {
 public:
     ScopedObserver() = default;
-    ScopedObserver(NotificationCenter& center, NotificationCenter::Token token) : center_(&center), token_(token) {}
+    ScopedObserver(NotificationCenter& center, NotificationCenter::Token token)
+        : center_(&center), token_(token) {}
     ScopedObserver(ScopedObserver&& other) noexcept : center_(other.center_), token_(other.token_) {
         other.center_ = nullptr;
     }

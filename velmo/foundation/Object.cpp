@@ -10,8 +10,12 @@ std::string Object::description() const {
     return fmt::format("<{}: {}>", objectClass().name(), static_cast<const void*>(this));
 }
 
-bool Object::isKindOf(const VDClass& cls) const { return objectClass().isSubclassOf(cls); }
+bool Object::isKindOf(const VDClass& cls) const {
+    return objectClass().isSubclassOf(cls);
+}
 
-bool Object::isMemberOf(const VDClass& cls) const { return &objectClass() == &cls; }
+bool Object::isMemberOf(const VDClass& cls) const {
+    return &objectClass() == &cls;
+}
 
 } // namespace velmo

@@ -17,8 +17,10 @@ PlatformColor PlatformColor::cmyk(double cyan, double magenta, double yellow, do
 PlatformColor PlatformColor::usingDeviceRGB() const {
     const auto& c = components;
     switch (model) {
-    case ColorSpaceModel::RGB: return *this;
-    case ColorSpaceModel::Gray: return rgb(c[0], c[0], c[0], c[1]);
+    case ColorSpaceModel::RGB:
+        return *this;
+    case ColorSpaceModel::Gray:
+        return rgb(c[0], c[0], c[0], c[1]);
     case ColorSpaceModel::CMYK:
         return rgb((1 - c[0]) * (1 - c[3]), (1 - c[1]) * (1 - c[3]), (1 - c[2]) * (1 - c[3]), c[4]);
     }

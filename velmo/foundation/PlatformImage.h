@@ -24,7 +24,8 @@ public:
 
     /// The image of that name in the folder: the name as it is, then with the usual image
     /// extensions; nullptr when there is none.
-    static std::shared_ptr<PlatformImage> findInFolder(const std::filesystem::path& folder, const std::string& name);
+    static std::shared_ptr<PlatformImage> findInFolder(const std::filesystem::path& folder,
+                                                       const std::string& name);
 
 private:
     std::filesystem::path file_;

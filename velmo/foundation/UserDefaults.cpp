@@ -58,8 +58,8 @@ Dictionary UserDefaults::load() {
     corrupt_ = true;
     if (!reportedCorrupt_) {
         reportedCorrupt_ = true;
-        SystemLog::log(fmt::format("User defaults at {} can't be read ({}); using empty defaults", file_.string(),
-                                   parsed.isNil() ? error.what() : "not a dictionary"));
+        SystemLog::log(fmt::format("User defaults at {} can't be read ({}); using empty defaults",
+                                   file_.string(), parsed.isNil() ? error.what() : "not a dictionary"));
     }
     return Dictionary::create();
 }

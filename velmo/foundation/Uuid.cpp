@@ -58,8 +58,12 @@ std::string make(bool upper) {
 
 } // namespace
 
-std::string Uuid::string() { return make(true); }
+std::string Uuid::string() {
+    return make(true);
+}
 
-std::string Uuid::lowercaseString() { return make(false); }
+std::string Uuid::lowercaseString() {
+    return make(false);
+}
 
 } // namespace velmo

@@ -7,13 +7,15 @@
 namespace velmo {
 
 VPError::VPError(std::string domain, std::int64_t code, Dictionary userInfo)
-    : domain_(std::move(domain)), code_(code), userInfo_(userInfo.isNil() ? Dictionary::create() : userInfo) {}
+    : domain_(std::move(domain)), code_(code), userInfo_(userInfo.isNil() ? Dictionary::create() : userInfo) {
+}
 
 std::shared_ptr<VPError> VPError::make(std::string domain, std::int64_t code, Dictionary userInfo) {
     return std::make_shared<VPError>(std::move(domain), code, std::move(userInfo));
 }
 
-std::shared_ptr<VPError> VPError::withDescription(std::string domain, std::int64_t code, std::string description) {
+std::shared_ptr<VPError> VPError::withDescription(std::string domain, std::int64_t code,
+                                                  std::string description) {
     return make(std::move(domain), code, Dictionary{{kNSLocalizedDescriptionKey, Value(description)}});
 }
 

@@ -38,9 +38,11 @@ class VPError : public Object {
 public:
     VPError(std::string domain, std::int64_t code, Dictionary userInfo = Dictionary());
 
-    static std::shared_ptr<VPError> make(std::string domain, std::int64_t code, Dictionary userInfo = Dictionary());
+    static std::shared_ptr<VPError> make(std::string domain, std::int64_t code,
+                                         Dictionary userInfo = Dictionary());
     /// An error whose user information holds only a localized description.
-    static std::shared_ptr<VPError> withDescription(std::string domain, std::int64_t code, std::string description);
+    static std::shared_ptr<VPError> withDescription(std::string domain, std::int64_t code,
+                                                    std::string description);
 
     static const VDClass& classObject();
     const VDClass& objectClass() const override { return classObject(); }

@@ -78,7 +78,8 @@ struct DictRep : Rep {
     void indexEntry(std::size_t pos) noexcept {
         const std::size_t mask = index.size() - 1;
         std::size_t slot = hashOf(entries[pos].key.stringView()) & mask;
-        while (index[slot] != 0) slot = (slot + 1) & mask;
+        while (index[slot] != 0)
+            slot = (slot + 1) & mask;
         index[slot] = static_cast<std::uint32_t>(pos + 1);
     }
 
@@ -88,9 +89,11 @@ struct DictRep : Rep {
             return;
         }
         std::size_t capacity = 32;
-        while (capacity < entries.size() * 2) capacity <<= 1;
+        while (capacity < entries.size() * 2)
+            capacity <<= 1;
         index.assign(capacity, 0);
-        for (std::size_t i = 0; i < entries.size(); ++i) indexEntry(i);
+        for (std::size_t i = 0; i < entries.size(); ++i)
+            indexEntry(i);
     }
 
     void assign(const Value& key, Value value) {
@@ -124,8 +127,7 @@ const Value& sharedNil() noexcept {
     return nil;
 }
 
-template <class T>
-T* repAs(detail::Rep* rep) noexcept {
+template <class T> T* repAs(detail::Rep* rep) noexcept {
     return static_cast<T*>(rep);
 }
 
@@ -144,19 +146,32 @@ void Value::setRep(Tag tag, detail::Rep* rep) noexcept {
     std::memcpy(&raw_[8], &rep, sizeof rep);
 }
 
-void Value::retain() const noexcept { rep()->refs.fetch_add(1, std::memory_order_relaxed); }
+void Value::retain() const noexcept {
+    rep()->refs.fetch_add(1, std::memory_order_relaxed);
+}
 
 void Value::releaseRep() noexcept {
     detail::Rep* r = rep();
     if (r->refs.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
     switch (tag_()) {
-    case Tag::HeapString: detail::StringRep::destroy(repAs<detail::StringRep>(r)); break;
-    case Tag::Bytes: delete repAs<detail::BytesRep>(r); break;
-    case Tag::Array: delete repAs<detail::ArrayRep>(r); break;
-    case Tag::Dictionary: delete repAs<detail::DictRep>(r); break;
+    case Tag::HeapString:
+        detail::StringRep::destroy(repAs<detail::StringRep>(r));
+        break;
+    case Tag::Bytes:
+        delete repAs<detail::BytesRep>(r);
+        break;
+    case Tag::Array:
+        delete repAs<detail::ArrayRep>(r);
+        break;
+    case Tag::Dictionary:
+        delete repAs<detail::DictRep>(r);
+        break;
     case Tag::Model:
-    case Tag::Object: delete repAs<detail::ObjectRep>(r); break;
-    default: break;
+    case Tag::Object:
+        delete repAs<detail::ObjectRep>(r);
+        break;
+    default:
+        break;
     }
 }
 
@@ -276,31 +291,47 @@ Value::Value(std::shared_ptr<Object> object) {
 
 Value::Kind Value::kind() const noexcept {
     switch (tag_()) {
-    case Tag::Nil: return Kind::Nil;
-    case Tag::Null: return Kind::Null;
-    case Tag::Bool: return Kind::Bool;
-    case Tag::Int: return Kind::Int;
-    case Tag::UInt: return Kind::UInt;
-    case Tag::Float: return Kind::Float;
-    case Tag::Double: return Kind::Double;
+    case Tag::Nil:
+        return Kind::Nil;
+    case Tag::Null:
+        return Kind::Null;
+    case Tag::Bool:
+        return Kind::Bool;
+    case Tag::Int:
+        return Kind::Int;
+    case Tag::UInt:
+        return Kind::UInt;
+    case Tag::Float:
+        return Kind::Float;
+    case Tag::Double:
+        return Kind::Double;
     case Tag::SmallString:
-    case Tag::HeapString: return Kind::String;
-    case Tag::Bytes: return Kind::Bytes;
-    case Tag::Array: return Kind::Array;
-    case Tag::Dictionary: return Kind::Dictionary;
-    case Tag::Model: return Kind::Model;
-    case Tag::Object: return Kind::Object;
+    case Tag::HeapString:
+        return Kind::String;
+    case Tag::Bytes:
+        return Kind::Bytes;
+    case Tag::Array:
+        return Kind::Array;
+    case Tag::Dictionary:
+        return Kind::Dictionary;
+    case Tag::Model:
+        return Kind::Model;
+    case Tag::Object:
+        return Kind::Object;
     }
     return Kind::Nil;
 }
 
-bool Value::isNumber() const noexcept { return tag_() >= Tag::Bool && tag_() <= Tag::Double; }
+bool Value::isNumber() const noexcept {
+    return tag_() >= Tag::Bool && tag_() <= Tag::Double;
+}
 
-bool Value::isIntegral() const noexcept { return tag_() >= Tag::Bool && tag_() <= Tag::UInt; }
+bool Value::isIntegral() const noexcept {
+    return tag_() >= Tag::Bool && tag_() <= Tag::UInt;
+}
 
 namespace {
-template <class T>
-T payload(const unsigned char* raw) noexcept {
+template <class T> T payload(const unsigned char* raw) noexcept {
     T v;
     std::memcpy(&v, raw + 8, sizeof v);
     return v;
@@ -309,19 +340,24 @@ T payload(const unsigned char* raw) noexcept {
 
 bool Value::boolValue() const noexcept {
     switch (tag_()) {
-    case Tag::Bool: return raw_[8] != 0;
-    case Tag::Int: return payload<std::int64_t>(raw_) != 0;
-    case Tag::UInt: return payload<std::uint64_t>(raw_) != 0;
-    case Tag::Float: return payload<float>(raw_) != 0.0f;
-    case Tag::Double: return payload<double>(raw_) != 0.0;
-    default: return false;
+    case Tag::Bool:
+        return raw_[8] != 0;
+    case Tag::Int:
+        return payload<std::int64_t>(raw_) != 0;
+    case Tag::UInt:
+        return payload<std::uint64_t>(raw_) != 0;
+    case Tag::Float:
+        return payload<float>(raw_) != 0.0f;
+    case Tag::Double:
+        return payload<double>(raw_) != 0.0;
+    default:
+        return false;
     }
 }
 
 namespace {
 // Out-of-range and non-finite doubles convert to the limits rather than into undefined behaviour.
-template <class I>
-I saturate(double d) noexcept {
+template <class I> I saturate(double d) noexcept {
     if (std::isnan(d)) return 0;
     if (d <= static_cast<double>(std::numeric_limits<I>::min())) return std::numeric_limits<I>::min();
     if (d >= static_cast<double>(std::numeric_limits<I>::max())) return std::numeric_limits<I>::max();
@@ -331,32 +367,48 @@ I saturate(double d) noexcept {
 
 std::int64_t Value::int64Value() const noexcept {
     switch (tag_()) {
-    case Tag::Bool: return raw_[8] != 0 ? 1 : 0;
-    case Tag::Int: return payload<std::int64_t>(raw_);
-    case Tag::UInt: return static_cast<std::int64_t>(payload<std::uint64_t>(raw_));
-    case Tag::Float: return saturate<std::int64_t>(payload<float>(raw_));
-    case Tag::Double: return saturate<std::int64_t>(payload<double>(raw_));
-    default: return 0;
+    case Tag::Bool:
+        return raw_[8] != 0 ? 1 : 0;
+    case Tag::Int:
+        return payload<std::int64_t>(raw_);
+    case Tag::UInt:
+        return static_cast<std::int64_t>(payload<std::uint64_t>(raw_));
+    case Tag::Float:
+        return saturate<std::int64_t>(payload<float>(raw_));
+    case Tag::Double:
+        return saturate<std::int64_t>(payload<double>(raw_));
+    default:
+        return 0;
     }
 }
 
 std::uint64_t Value::uint64Value() const noexcept {
     switch (tag_()) {
-    case Tag::UInt: return payload<std::uint64_t>(raw_);
-    case Tag::Float: return saturate<std::uint64_t>(payload<float>(raw_));
-    case Tag::Double: return saturate<std::uint64_t>(payload<double>(raw_));
-    default: return static_cast<std::uint64_t>(int64Value());
+    case Tag::UInt:
+        return payload<std::uint64_t>(raw_);
+    case Tag::Float:
+        return saturate<std::uint64_t>(payload<float>(raw_));
+    case Tag::Double:
+        return saturate<std::uint64_t>(payload<double>(raw_));
+    default:
+        return static_cast<std::uint64_t>(int64Value());
     }
 }
 
 double Value::doubleValue() const noexcept {
     switch (tag_()) {
-    case Tag::Bool: return raw_[8] != 0 ? 1.0 : 0.0;
-    case Tag::Int: return static_cast<double>(payload<std::int64_t>(raw_));
-    case Tag::UInt: return static_cast<double>(payload<std::uint64_t>(raw_));
-    case Tag::Float: return payload<float>(raw_);
-    case Tag::Double: return payload<double>(raw_);
-    default: return 0.0;
+    case Tag::Bool:
+        return raw_[8] != 0 ? 1.0 : 0.0;
+    case Tag::Int:
+        return static_cast<double>(payload<std::int64_t>(raw_));
+    case Tag::UInt:
+        return static_cast<double>(payload<std::uint64_t>(raw_));
+    case Tag::Float:
+        return payload<float>(raw_);
+    case Tag::Double:
+        return payload<double>(raw_);
+    default:
+        return 0.0;
     }
 }
 
@@ -425,17 +477,22 @@ bool operator==(const Value& a, const Value& b) noexcept {
     }
     switch (a.kind()) {
     case Value::Kind::Nil:
-    case Value::Kind::Null: return true;
-    case Value::Kind::Bytes: return a.bytesView() == b.bytesView();
-    case Value::Kind::Array: return a.array() == b.array();
-    case Value::Kind::Dictionary: return a.dictionary() == b.dictionary();
+    case Value::Kind::Null:
+        return true;
+    case Value::Kind::Bytes:
+        return a.bytesView() == b.bytesView();
+    case Value::Kind::Array:
+        return a.array() == b.array();
+    case Value::Kind::Dictionary:
+        return a.dictionary() == b.dictionary();
     case Value::Kind::Model:
     case Value::Kind::Object: {
         auto x = a.object();
         auto y = b.object();
         return x == y || x->isEqual(*y);
     }
-    default: return false;
+    default:
+        return false;
     }
 }
 
@@ -448,19 +505,30 @@ Value Value::deepCopy() const {
 
 std::string_view Value::kindName(Kind kind) noexcept {
     switch (kind) {
-    case Kind::Nil: return "nil";
-    case Kind::Null: return "null";
-    case Kind::Bool: return "boolean";
+    case Kind::Nil:
+        return "nil";
+    case Kind::Null:
+        return "null";
+    case Kind::Bool:
+        return "boolean";
     case Kind::Int:
-    case Kind::UInt: return "integer";
+    case Kind::UInt:
+        return "integer";
     case Kind::Float:
-    case Kind::Double: return "number";
-    case Kind::String: return "string";
-    case Kind::Bytes: return "data";
-    case Kind::Array: return "array";
-    case Kind::Dictionary: return "dictionary";
-    case Kind::Model: return "model";
-    case Kind::Object: return "object";
+    case Kind::Double:
+        return "number";
+    case Kind::String:
+        return "string";
+    case Kind::Bytes:
+        return "data";
+    case Kind::Array:
+        return "array";
+    case Kind::Dictionary:
+        return "dictionary";
+    case Kind::Model:
+        return "model";
+    case Kind::Object:
+        return "object";
     }
     return "value";
 }
@@ -483,11 +551,20 @@ std::string quoted(std::string_view s) {
     std::string out = "\"";
     for (char c : s) {
         switch (c) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\n': out += "\\n"; break;
-        case '\t': out += "\\t"; break;
-        default: out += c;
+        case '"':
+            out += "\\\"";
+            break;
+        case '\\':
+            out += "\\\\";
+            break;
+        case '\n':
+            out += "\\n";
+            break;
+        case '\t':
+            out += "\\t";
+            break;
+        default:
+            out += c;
         }
     }
     out += '"';
@@ -498,14 +575,30 @@ void describe(const Value& v, std::string& out, int depth) {
     const std::string pad(static_cast<std::size_t>(depth) * 4, ' ');
     const std::string inner(static_cast<std::size_t>(depth + 1) * 4, ' ');
     switch (v.kind()) {
-    case Value::Kind::Nil: out += "(null)"; break;
-    case Value::Kind::Null: out += "<null>"; break;
-    case Value::Kind::Bool: out += v.boolValue() ? "1" : "0"; break;
-    case Value::Kind::Int: out += fmt::format("{}", v.int64Value()); break;
-    case Value::Kind::UInt: out += fmt::format("{}", v.uint64Value()); break;
-    case Value::Kind::Float: out += fmt::format("{}", v.floatValue()); break;
-    case Value::Kind::Double: out += fmt::format("{}", v.doubleValue()); break;
-    case Value::Kind::String: out += quoted(v.stringView()); break;
+    case Value::Kind::Nil:
+        out += "(null)";
+        break;
+    case Value::Kind::Null:
+        out += "<null>";
+        break;
+    case Value::Kind::Bool:
+        out += v.boolValue() ? "1" : "0";
+        break;
+    case Value::Kind::Int:
+        out += fmt::format("{}", v.int64Value());
+        break;
+    case Value::Kind::UInt:
+        out += fmt::format("{}", v.uint64Value());
+        break;
+    case Value::Kind::Float:
+        out += fmt::format("{}", v.floatValue());
+        break;
+    case Value::Kind::Double:
+        out += fmt::format("{}", v.doubleValue());
+        break;
+    case Value::Kind::String:
+        out += quoted(v.stringView());
+        break;
     case Value::Kind::Bytes: {
         out += '{';
         out += fmt::format("length = {}", v.bytesView().size());
@@ -534,7 +627,9 @@ void describe(const Value& v, std::string& out, int depth) {
         break;
     }
     case Value::Kind::Model:
-    case Value::Kind::Object: out += v.object()->description(); break;
+    case Value::Kind::Object:
+        out += v.object()->description();
+        break;
     }
 }
 
@@ -593,11 +688,17 @@ detail::ArrayRep& Array::mutableRep() const {
     return *rep_;
 }
 
-std::size_t Array::size() const noexcept { return rep_ ? rep_->items.size() : 0; }
+std::size_t Array::size() const noexcept {
+    return rep_ ? rep_->items.size() : 0;
+}
 
-const Value* Array::begin() const noexcept { return rep_ ? rep_->items.data() : nullptr; }
+const Value* Array::begin() const noexcept {
+    return rep_ ? rep_->items.data() : nullptr;
+}
 
-const Value* Array::end() const noexcept { return rep_ ? rep_->items.data() + rep_->items.size() : nullptr; }
+const Value* Array::end() const noexcept {
+    return rep_ ? rep_->items.data() + rep_->items.size() : nullptr;
+}
 
 const Value& Array::operator[](std::size_t index) const noexcept {
     if (!rep_ || index >= rep_->items.size()) return sharedNil();
@@ -629,9 +730,13 @@ void Array::erase(std::size_t index) {
     items.erase(items.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
-void Array::clear() { mutableRep().items.clear(); }
+void Array::clear() {
+    mutableRep().items.clear();
+}
 
-void Array::reserve(std::size_t n) { mutableRep().items.reserve(n); }
+void Array::reserve(std::size_t n) {
+    mutableRep().items.reserve(n);
+}
 
 const std::vector<Value>& Array::items() const {
     static const std::vector<Value> none;
@@ -646,7 +751,8 @@ Array Array::copy() const {
 Array Array::deepCopy() const {
     if (!rep_) return Array();
     Array a = create(rep_->items.size());
-    for (const Value& v : rep_->items) a.rep_->items.push_back(v.deepCopy());
+    for (const Value& v : rep_->items)
+        a.rep_->items.push_back(v.deepCopy());
     return a;
 }
 
@@ -664,7 +770,8 @@ bool operator==(const Array& a, const Array& b) noexcept {
 Dictionary::Dictionary(std::initializer_list<std::pair<std::string_view, Value>> entries)
     : rep_(new detail::DictRep()) {
     rep_->entries.reserve(entries.size());
-    for (const auto& [key, value] : entries) set(key, value);
+    for (const auto& [key, value] : entries)
+        set(key, value);
 }
 
 Dictionary::Dictionary(const Dictionary& other) noexcept : rep_(other.rep_) {
@@ -686,9 +793,13 @@ detail::DictRep& Dictionary::mutableRep() const {
     return *rep_;
 }
 
-std::size_t Dictionary::size() const noexcept { return rep_ ? rep_->entries.size() : 0; }
+std::size_t Dictionary::size() const noexcept {
+    return rep_ ? rep_->entries.size() : 0;
+}
 
-const Dictionary::Entry* Dictionary::begin() const noexcept { return rep_ ? rep_->entries.data() : nullptr; }
+const Dictionary::Entry* Dictionary::begin() const noexcept {
+    return rep_ ? rep_->entries.data() : nullptr;
+}
 
 const Dictionary::Entry* Dictionary::end() const noexcept {
     return rep_ ? rep_->entries.data() + rep_->entries.size() : nullptr;
@@ -724,7 +835,9 @@ void Dictionary::setEntry(const Value& key, Value value) {
     rep.assign(key, std::move(value));
 }
 
-void Dictionary::remove(std::string_view key) { mutableRep().erase(key); }
+void Dictionary::remove(std::string_view key) {
+    mutableRep().erase(key);
+}
 
 void Dictionary::clear() {
     auto& rep = mutableRep();
@@ -735,7 +848,8 @@ void Dictionary::clear() {
 std::vector<std::string> Dictionary::keys() const {
     std::vector<std::string> out;
     out.reserve(size());
-    for (const auto& e : *this) out.push_back(e.key.str());
+    for (const auto& e : *this)
+        out.push_back(e.key.str());
     return out;
 }
 
@@ -751,7 +865,8 @@ Dictionary Dictionary::deepCopy() const {
     if (!rep_) return Dictionary();
     Dictionary d(new detail::DictRep());
     d.rep_->entries.reserve(rep_->entries.size());
-    for (const auto& e : rep_->entries) d.rep_->entries.push_back(Entry{e.key, e.value.deepCopy()});
+    for (const auto& e : rep_->entries)
+        d.rep_->entries.push_back(Entry{e.key, e.value.deepCopy()});
     d.rep_->rebuildIndex();
     return d;
 }

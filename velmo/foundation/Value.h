@@ -82,8 +82,7 @@ public:
     Value(std::string_view s);
     Value(const std::string& s) : Value(std::string_view(s)) {}
     /// Pointers other than C strings would silently become booleans.
-    template <class T>
-    Value(T*) = delete;
+    template <class T> Value(T*) = delete;
 
     /// Binary data (the platform's data type), kept apart from strings.
     static Value bytes(std::string_view data);
@@ -95,8 +94,8 @@ public:
     /// An object reference; a model is tagged `Kind::Model`. nullptr gives nil.
     Value(std::shared_ptr<Object> object);
     template <class T>
-        requires std::derived_from<T, Object>
-    Value(std::shared_ptr<T> object) : Value(std::static_pointer_cast<Object>(std::move(object))) {}
+    requires std::derived_from<T, Object> Value(std::shared_ptr<T> object)
+        : Value(std::static_pointer_cast<Object>(std::move(object))) {}
 
     // ---- kind tests
 
@@ -138,8 +137,7 @@ public:
     Dictionary dictionary() const noexcept;
 
     std::shared_ptr<Object> object() const noexcept;
-    template <class T>
-    std::shared_ptr<T> objectAs() const noexcept {
+    template <class T> std::shared_ptr<T> objectAs() const noexcept {
         return std::dynamic_pointer_cast<T>(object());
     }
 
@@ -309,6 +307,8 @@ private:
     detail::DictRep* rep_ = nullptr;
 };
 
-inline void swap(Value& a, Value& b) noexcept { a.swap(b); }
+inline void swap(Value& a, Value& b) noexcept {
+    a.swap(b);
+}
 
 } // namespace velmo
