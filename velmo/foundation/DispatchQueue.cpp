@@ -19,7 +19,9 @@ namespace velmo {
 namespace asio = boost::asio;
 
 // The initial thread of a Linux process has the process's own id as its thread id.
-bool isMainThread() { return gettid() == getpid(); }
+bool isMainThread() {
+    return gettid() == getpid();
+}
 
 struct DispatchQueue::Impl {
     std::string label;
@@ -56,7 +58,8 @@ asio::thread_pool& pool(DispatchQueue::Priority priority) {
         static auto* p = new asio::thread_pool(2);
         return *p;
     }
-    case DispatchQueue::Priority::Default: break;
+    case DispatchQueue::Priority::Default:
+        break;
     }
     static auto* p = new asio::thread_pool(8);
     return *p;
@@ -97,7 +100,8 @@ DispatchQueue& DispatchQueue::global(Priority priority) {
         static DispatchQueue* q = make(Priority::Low, "com.apple.root.utility-qos");
         return *q;
     }
-    case Priority::Default: break;
+    case Priority::Default:
+        break;
     }
     static DispatchQueue* q = make(Priority::Default, "com.apple.root.default-qos");
     return *q;
@@ -135,7 +139,9 @@ std::shared_ptr<DispatchQueue> DispatchQueue::createSerial(std::string label, co
     return std::shared_ptr<DispatchQueue>(new DispatchQueue(std::move(impl)));
 }
 
-const std::string& DispatchQueue::label() const { return impl_->label; }
+const std::string& DispatchQueue::label() const {
+    return impl_->label;
+}
 
 void DispatchQueue::async(Work work) {
     if (impl_->strand || impl_->isMain) {
@@ -220,7 +226,9 @@ struct DispatchTimer::State : std::enable_shared_from_this<DispatchTimer::State>
 
 DispatchTimer::DispatchTimer(DispatchQueue& queue) : state_(std::make_shared<State>(queue)) {}
 
-DispatchTimer::~DispatchTimer() { cancel(); }
+DispatchTimer::~DispatchTimer() {
+    cancel();
+}
 
 void DispatchTimer::start(DispatchQueue::Duration interval, DispatchQueue::Work work, bool repeats) {
     auto state = state_;
@@ -264,7 +272,9 @@ void runMainLoop() {
     ctx.run();
 }
 
-void stopMainLoop() { mainContext().context.stop(); }
+void stopMainLoop() {
+    mainContext().context.stop();
+}
 
 bool runMainLoopUntil(const std::function<bool()>& done, DispatchQueue::Duration timeout) {
     auto& ctx = mainContext().context;
