@@ -69,15 +69,34 @@ TEST(DispatchQueue, SyncOnItselfRunsInlineAndPassesExceptions) {
 }
 
 TEST(DispatchQueue, DelayedWorkWaitsItsTurn) {
-    const auto start = std::chrono::steady_clock::now();
-    std::atomic<bool> fired{false};
-    std::chrono::steady_clock::duration waited{};
-    DispatchQueue::main().after(50ms, [&] {
-        waited = std::chrono::steady_clock::now() - start;
-        fired = true;
-    });
-    ASSERT_TRUE(runMainLoopUntil([&] { return fired.load(); }, 5s));
-    EXPECT_GE(waited, 50ms);
+    std::vector<int> order;
+    DispatchQueue::main().after(50ms, [&] { order.push_back(2); });
+    DispatchQueue::main().async([&] { order.push_back(1); });
+    ASSERT_TRUE(runMainLoopUntil([&] { return order.size() == 2; }, 5s));
+    EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
+TEST(DispatchQueue, SerialQueueOnAPrivatePoolRunsWhileTheGlobalThreadsAreAllBlocked) {
+    auto pool = DispatchQueue::createConcurrent("test.private", 2);
+    auto queue = DispatchQueue::createSerial("test.private.serial", *pool);
+    std::atomic<bool> release{false};
+    std::atomic<int> ended{0};
+    constexpr int kBlockers = 32; // more than the global threads
+    for (int i = 0; i < kBlockers; ++i) {
+        DispatchQueue::global().async([&] {
+            while (!release)
+                std::this_thread::sleep_for(1ms);
+            ++ended;
+        });
+    }
+    std::atomic<bool> ran{false};
+    queue->async([&] { ran = true; });
+    const bool ranWhileBlocked = runMainLoopUntil([&] { return ran.load(); }, 5s);
+    release = true;
+    EXPECT_TRUE(ranWhileBlocked);
+    ASSERT_TRUE(runMainLoopUntil([&] { return ended.load() == kBlockers; }, 10s));
+    EXPECT_THROW(DispatchQueue::createSerial("test.bad", DispatchQueue::main()), std::invalid_argument);
+    EXPECT_THROW(DispatchQueue::createSerial("test.bad", *queue), std::invalid_argument);
 }
 
 TEST(DispatchTimer, RepeatsUntilCancelled) {
@@ -95,6 +114,6 @@ TEST(DispatchTimer, RepeatsUntilCancelled) {
     std::atomic<int> onceFired{0};
     once.start(
         1ms, [&] { onceFired++; }, false);
-    std::this_thread::sleep_for(50ms);
+    ASSERT_TRUE(runMainLoopUntil([&] { return onceFired.load() > 0 && !once.isValid(); }, 5s));
     EXPECT_EQ(onceFired.load(), 1);
 }

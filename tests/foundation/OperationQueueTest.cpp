@@ -164,3 +164,12 @@ TEST(OperationQueue, OperationsOutliveTheQueueObject) {
     }
     EXPECT_TRUE(eventually([&] { return ran.load() == 3; }));
 }
+
+TEST(OperationQueue, OperationsStartOnTheUnderlyingQueue) {
+    auto underlying = DispatchQueue::createConcurrent("test.underlying", 1);
+    OperationQueue queue("test", underlying);
+    std::atomic<bool> onUnderlying{false};
+    queue.addOperation(std::make_shared<BlockOperation>([&] { onUnderlying = underlying->isCurrent(); }));
+    ASSERT_TRUE(eventually([&] { return queue.operationCount() == 0; }));
+    EXPECT_TRUE(onUnderlying.load());
+}

@@ -1,7 +1,9 @@
 #include "velmo/foundation/DispatchQueue.h"
 
+#include <algorithm>
 #include <future>
 #include <stdexcept>
+#include <thread>
 
 #include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/executor_work_guard.hpp>
@@ -17,11 +19,15 @@ namespace velmo {
 namespace asio = boost::asio;
 
 // The initial thread of a Linux process has the process's own id as its thread id.
-bool isMainThread() { return gettid() == getpid(); }
+bool isMainThread() {
+    return gettid() == getpid();
+}
 
 struct DispatchQueue::Impl {
     std::string label;
     asio::any_io_executor executor;
+    // The threads of a concurrent queue, and of a serial queue's target, which it keeps alive.
+    std::shared_ptr<asio::thread_pool> pool;
     // For a serial queue: the strand, to tell whether its work is running.
     std::unique_ptr<asio::strand<asio::thread_pool::executor_type>> strand;
     bool isMain = false;
@@ -52,7 +58,8 @@ asio::thread_pool& pool(DispatchQueue::Priority priority) {
         static auto* p = new asio::thread_pool(2);
         return *p;
     }
-    case DispatchQueue::Priority::Default: break;
+    case DispatchQueue::Priority::Default:
+        break;
     }
     static auto* p = new asio::thread_pool(8);
     return *p;
@@ -80,7 +87,8 @@ DispatchQueue& DispatchQueue::global(Priority priority) {
     auto make = [](Priority p, const char* label) {
         auto impl = std::make_unique<Impl>();
         impl->label = label;
-        impl->executor = pool(p).get_executor();
+        impl->pool = std::shared_ptr<asio::thread_pool>(&pool(p), [](asio::thread_pool*) {});
+        impl->executor = impl->pool->get_executor();
         return new DispatchQueue(std::move(impl));
     };
     switch (priority) {
@@ -92,22 +100,48 @@ DispatchQueue& DispatchQueue::global(Priority priority) {
         static DispatchQueue* q = make(Priority::Low, "com.apple.root.utility-qos");
         return *q;
     }
-    case Priority::Default: break;
+    case Priority::Default:
+        break;
     }
     static DispatchQueue* q = make(Priority::Default, "com.apple.root.default-qos");
     return *q;
 }
 
-std::shared_ptr<DispatchQueue> DispatchQueue::createSerial(std::string label) {
+std::shared_ptr<DispatchQueue> DispatchQueue::createConcurrent(std::string label, std::size_t threads) {
     auto impl = std::make_unique<Impl>();
     impl->label = std::move(label);
+    // The last reference may go on one of the pool's own threads, which can't join itself: the
+    // pool is joined, after its queued work, from a thread of its own.
+    impl->pool = std::shared_ptr<asio::thread_pool>(new asio::thread_pool(std::max<std::size_t>(threads, 1)),
+                                                    [](asio::thread_pool* p) {
+                                                        std::thread([p] {
+                                                            p->join();
+                                                            delete p;
+                                                        }).detach();
+                                                    });
+    impl->executor = impl->pool->get_executor();
+    return std::shared_ptr<DispatchQueue>(new DispatchQueue(std::move(impl)));
+}
+
+std::shared_ptr<DispatchQueue> DispatchQueue::createSerial(std::string label) {
+    return createSerial(std::move(label), global());
+}
+
+std::shared_ptr<DispatchQueue> DispatchQueue::createSerial(std::string label, const DispatchQueue& target) {
+    if (!target.impl_->pool || target.impl_->strand)
+        throw std::invalid_argument("a serial queue runs on a concurrent queue");
+    auto impl = std::make_unique<Impl>();
+    impl->label = std::move(label);
+    impl->pool = target.impl_->pool;
     impl->strand = std::make_unique<asio::strand<asio::thread_pool::executor_type>>(
-        asio::make_strand(pool(Priority::Default).get_executor()));
+        asio::make_strand(impl->pool->get_executor()));
     impl->executor = *impl->strand;
     return std::shared_ptr<DispatchQueue>(new DispatchQueue(std::move(impl)));
 }
 
-const std::string& DispatchQueue::label() const { return impl_->label; }
+const std::string& DispatchQueue::label() const {
+    return impl_->label;
+}
 
 void DispatchQueue::async(Work work) {
     if (impl_->strand || impl_->isMain) {
@@ -161,8 +195,9 @@ void DispatchQueue::sync(const Work& work) {
 // ---------------------------------------------------------------- timer
 
 struct DispatchTimer::State : std::enable_shared_from_this<DispatchTimer::State> {
-    explicit State(DispatchQueue& q) : queue(q), timer(q.impl().executor) {}
-    DispatchQueue& queue;
+    explicit State(DispatchQueue& q) : timer(q.impl().executor) {}
+    // Touched under `mutex` only, on its executor: asio timers are not safe to touch from two
+    // threads, and a global queue's executor runs two jobs at once.
     asio::steady_timer timer;
     std::mutex mutex;
     bool valid = false;
@@ -191,7 +226,9 @@ struct DispatchTimer::State : std::enable_shared_from_this<DispatchTimer::State>
 
 DispatchTimer::DispatchTimer(DispatchQueue& queue) : state_(std::make_shared<State>(queue)) {}
 
-DispatchTimer::~DispatchTimer() { cancel(); }
+DispatchTimer::~DispatchTimer() {
+    cancel();
+}
 
 void DispatchTimer::start(DispatchQueue::Duration interval, DispatchQueue::Work work, bool repeats) {
     auto state = state_;
@@ -201,8 +238,7 @@ void DispatchTimer::start(DispatchQueue::Duration interval, DispatchQueue::Work 
     state->work = std::move(work);
     state->repeats = repeats;
     const std::uint64_t gen = ++state->generation;
-    // Arm on the timer's own executor: asio timers are not safe to touch from two threads.
-    asio::post(state->queue.impl().executor, [state, gen] {
+    asio::post(state->timer.get_executor(), [state, gen] {
         std::lock_guard lock(state->mutex);
         if (state->valid && state->generation == gen) state->arm(gen);
     });
@@ -211,9 +247,16 @@ void DispatchTimer::start(DispatchQueue::Duration interval, DispatchQueue::Work 
 void DispatchTimer::cancel() {
     auto state = state_;
     std::lock_guard lock(state->mutex);
+    if (!state->valid) return;
     state->valid = false;
-    ++state->generation;
+    const std::uint64_t gen = ++state->generation;
     state->work = nullptr;
+    // Left alone, the pending wait would hold the timer until the time it was set for (many
+    // minutes for a request's time-out). A later `start` re-arms it anyway.
+    asio::post(state->timer.get_executor(), [state, gen] {
+        std::lock_guard lock(state->mutex);
+        if (state->generation == gen) state->timer.cancel();
+    });
 }
 
 bool DispatchTimer::isValid() const {
@@ -229,7 +272,9 @@ void runMainLoop() {
     ctx.run();
 }
 
-void stopMainLoop() { mainContext().context.stop(); }
+void stopMainLoop() {
+    mainContext().context.stop();
+}
 
 bool runMainLoopUntil(const std::function<bool()>& done, DispatchQueue::Duration timeout) {
     auto& ctx = mainContext().context;

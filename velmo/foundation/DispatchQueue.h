@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -21,8 +22,15 @@ public:
     /// Runs on the main thread, in order, while a host or a test runs the main loop.
     static DispatchQueue& main();
     static DispatchQueue& global(Priority priority = Priority::Default);
-    /// A queue that runs one item at a time, in order, on the global threads.
+    /// A concurrent queue with `threads` threads of its own, for work that must never wait for a
+    /// thread behind jobs that block (the global queues hold jobs that wait on the network). Work
+    /// still queued when the last reference goes runs to its end before the threads stop.
+    static std::shared_ptr<DispatchQueue> createConcurrent(std::string label, std::size_t threads);
+    /// A queue that runs one item at a time, in order, on the default global threads.
     static std::shared_ptr<DispatchQueue> createSerial(std::string label);
+    /// The same on the threads of `target`, a global or a created concurrent queue, which the
+    /// serial queue keeps running; any other target throws `std::invalid_argument`.
+    static std::shared_ptr<DispatchQueue> createSerial(std::string label, const DispatchQueue& target);
 
     ~DispatchQueue();
     DispatchQueue(const DispatchQueue&) = delete;
@@ -59,6 +67,7 @@ public:
 
     void start(DispatchQueue::Duration interval, DispatchQueue::Work work, bool repeats = true);
     /// No firing starts after `cancel` returns; a firing already under way on another thread ends.
+    /// The pending wait is dropped too, so nothing of the timer outlives it on its queue.
     void cancel();
     bool isValid() const;
 

@@ -21,6 +21,7 @@ struct OperationQueue::State : std::enable_shared_from_this<OperationQueue::Stat
 
     mutable std::mutex mutex;
     std::string name;
+    std::shared_ptr<DispatchQueue> underlying; // null: the default global queue
     int width = kDefaultMaxConcurrentOperationCount;
     int running = 0;
     int holds = 0; // while above 0, nothing starts
@@ -40,8 +41,9 @@ struct OperationQueue::State : std::enable_shared_from_this<OperationQueue::Stat
                 toStart.push_back(entry.operation);
             }
         }
+        DispatchQueue& queue = underlying ? *underlying : DispatchQueue::global();
         for (auto& operation : toStart) {
-            DispatchQueue::global().async([self = shared_from_this(), operation] { self->run(operation); });
+            queue.async([self = shared_from_this(), operation] { self->run(operation); });
         }
     }
 
@@ -82,8 +84,12 @@ struct OperationQueue::State : std::enable_shared_from_this<OperationQueue::Stat
     }
 };
 
-OperationQueue::OperationQueue(std::string name) : state_(std::make_shared<State>()) {
+OperationQueue::OperationQueue(std::string name) : OperationQueue(std::move(name), nullptr) {}
+
+OperationQueue::OperationQueue(std::string name, std::shared_ptr<DispatchQueue> underlyingQueue)
+    : state_(std::make_shared<State>()) {
     state_->name = name.empty() ? "NSOperationQueue" : std::move(name);
+    state_->underlying = std::move(underlyingQueue);
 }
 
 OperationQueue::~OperationQueue() = default;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "velmo/foundation/DispatchQueue.h"
 #include "velmo/foundation/Operation.h"
 
 namespace velmo {
@@ -13,7 +14,8 @@ namespace velmo {
 /// Runs operations, several at a time, as the platform's operation queue does.
 ///
 /// Operations start in the order they were added, each as soon as it is ready and a slot is
-/// free; `start` is called on a thread of the default-priority global queue. An operation holds
+/// free; `start` is called on a thread of the underlying queue, the default-priority global
+/// queue unless the queue was made with another. An operation holds
 /// its slot until it is finished, so a concurrent operation (one that ends when it says so)
 /// counts against the width for as long as it runs, not only while `start` runs.
 ///
@@ -28,6 +30,8 @@ public:
     static constexpr int kDefaultMaxConcurrentOperationCount = 64;
 
     explicit OperationQueue(std::string name = {});
+    /// A queue whose operations start on `underlyingQueue`, a concurrent queue.
+    OperationQueue(std::string name, std::shared_ptr<DispatchQueue> underlyingQueue);
     ~OperationQueue();
     OperationQueue(const OperationQueue&) = delete;
     OperationQueue& operator=(const OperationQueue&) = delete;

@@ -18,7 +18,7 @@ namespace velmo {
 
 namespace {
 
-// Without a progress limit the transfer must not be cut off by libcurl's default connect limit
+// Without an idle limit the transfer must not be cut off by libcurl's default connect limit
 // either: the caller's own timer decides.
 constexpr long kUnlimitedConnectMs = 24L * 3600 * 1000;
 constexpr long kMaxRedirects = 16;
@@ -53,6 +53,12 @@ struct HTTPTransfer::Impl : std::enable_shared_from_this<HTTPTransfer::Impl> {
     std::vector<std::pair<std::string, std::string>> responseHeaders;
     bool responseDelivered = false;
     curl_off_t lastUploaded = 0;
+    curl_off_t lastDownloaded = 0;
+    // The idle guard: when a byte last moved, and whether the delegate holds the transfer back,
+    // which is a wait of our own and never counts as idle.
+    std::chrono::steady_clock::time_point lastMoved;
+    bool heldBack = false;
+    bool stalled = false;
 
     ~Impl() { release(); }
 
@@ -70,7 +76,7 @@ struct HTTPTransfer::Impl : std::enable_shared_from_this<HTTPTransfer::Impl> {
 
     static size_t onHeader(char* data, size_t size, size_t count, void* self);
     static size_t onWrite(char* data, size_t size, size_t count, void* self);
-    static int onProgress(void* self, curl_off_t, curl_off_t, curl_off_t ultotal, curl_off_t ulnow);
+    static int onProgress(void* self, curl_off_t, curl_off_t dlnow, curl_off_t ultotal, curl_off_t ulnow);
 };
 
 namespace {
@@ -110,6 +116,7 @@ public:
             failEarly(*transfer, CURLE_FAILED_INIT);
             return;
         }
+        transfer->lastMoved = std::chrono::steady_clock::now();
         active_.emplace(transfer->easy, transfer);
     }
 
@@ -196,21 +203,17 @@ void HTTPTransfer::Impl::configure() {
     setopt(easy, CURLOPT_WRITEFUNCTION, &Impl::onWrite);
     setopt(easy, CURLOPT_WRITEDATA, static_cast<void*>(this));
     if (options.largeReads) setopt(easy, CURLOPT_BUFFERSIZE, kLargeReadSize);
-    if (options.reportsUploadProgress) {
+    const double limit = request.timeoutInterval;
+    if (options.reportsUploadProgress || limit > 0) {
         setopt(easy, CURLOPT_XFERINFOFUNCTION, &Impl::onProgress);
         setopt(easy, CURLOPT_XFERINFODATA, static_cast<void*>(this));
         setopt(easy, CURLOPT_NOPROGRESS, 0L);
     }
-
-    const double limit = request.timeoutInterval;
-    if (limit > 0) {
-        const long seconds = std::max(1L, static_cast<long>(limit));
-        setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limit * 1000));
-        setopt(easy, CURLOPT_LOW_SPEED_LIMIT, 1L);
-        setopt(easy, CURLOPT_LOW_SPEED_TIME, seconds);
-    } else {
-        setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, kUnlimitedConnectMs);
-    }
+    // libcurl's own low-speed limit averages over a window, so a transfer trickling slower than its
+    // floor would be cut off while still moving: the idle guard in `onProgress` counts only time
+    // in which not one byte moved.
+    setopt(easy, CURLOPT_CONNECTTIMEOUT_MS,
+           limit > 0 ? static_cast<long>(limit * 1000) : kUnlimitedConnectMs);
 
     const std::string& method = request.method;
     const std::string& body = request.body;
@@ -266,6 +269,7 @@ void HTTPTransfer::Impl::ended(CURLcode result) {
             deliverResponse();
             if (!cancelled) delegate->transferDidFinish();
         } else {
+            if (stalled && result == CURLE_ABORTED_BY_CALLBACK) result = CURLE_OPERATION_TIMEDOUT;
             delegate->transferDidFail(urlErrorForCurlCode(result, request.url, errorBuffer));
         }
     }
@@ -297,18 +301,31 @@ size_t HTTPTransfer::Impl::onWrite(char* data, size_t size, size_t count, void* 
     if (transfer->cancelled || !transfer->delegate) return 0;
     transfer->deliverResponse();
     if (transfer->cancelled) return 0;
-    if (!transfer->delegate->transferDidReceiveData(std::string_view(data, length)))
+    if (!transfer->delegate->transferDidReceiveData(std::string_view(data, length))) {
+        transfer->heldBack = true;
         return CURL_WRITEFUNC_PAUSE;
+    }
     return length;
 }
 
-int HTTPTransfer::Impl::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t ultotal, curl_off_t ulnow) {
+int HTTPTransfer::Impl::onProgress(void* self, curl_off_t, curl_off_t dlnow, curl_off_t ultotal,
+                                   curl_off_t ulnow) {
     auto* transfer = static_cast<Impl*>(self);
     if (transfer->cancelled) return 1;
-    if (ulnow > transfer->lastUploaded && transfer->delegate) {
-        transfer->lastUploaded = ulnow;
+    const auto now = std::chrono::steady_clock::now();
+    // Counts go back to 0 after a redirect, so any change is a byte moved.
+    if (dlnow != transfer->lastDownloaded || ulnow != transfer->lastUploaded || transfer->heldBack)
+        transfer->lastMoved = now;
+    transfer->lastDownloaded = dlnow;
+    if (ulnow > transfer->lastUploaded && transfer->options.reportsUploadProgress && transfer->delegate) {
         transfer->delegate->transferDidSendBodyData(static_cast<std::int64_t>(ulnow),
                                                     static_cast<std::int64_t>(ultotal));
+    }
+    transfer->lastUploaded = ulnow;
+    const double limit = transfer->request.timeoutInterval;
+    if (limit > 0 && now - transfer->lastMoved >= std::chrono::duration<double>(limit)) {
+        transfer->stalled = true;
+        return 1;
     }
     return 0;
 }
@@ -343,7 +360,10 @@ void HTTPTransfer::cancel() {
 void HTTPTransfer::resume() {
     if (!impl_->started || impl_->cancelled) return;
     TransferLoop::shared().post([impl = impl_] {
-        if (impl->easy && !impl->cancelled) curl_easy_pause(impl->easy, CURLPAUSE_CONT);
+        if (!impl->easy || impl->cancelled) return;
+        impl->heldBack = false;
+        impl->lastMoved = std::chrono::steady_clock::now();
+        curl_easy_pause(impl->easy, CURLPAUSE_CONT);
     });
 }
 

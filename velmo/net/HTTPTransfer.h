@@ -29,8 +29,9 @@ public:
 /// process through one libcurl multi handle: connections to a host are kept alive and shared,
 /// and no thread waits on any one transfer.
 ///
-/// Redirects are followed. The only time limit is the request's `timeoutInterval`, as a limit
-/// on time without progress; a transfer that keeps moving is never cut off here.
+/// Redirects are followed. The only time limit is the request's `timeoutInterval` (none when 0),
+/// counted as time in which not one byte moves either way: a transfer that keeps moving, however
+/// slowly, is never cut off here. It fails as timed out.
 class HTTPTransfer {
 public:
     struct Options {

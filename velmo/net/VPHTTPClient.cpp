@@ -25,6 +25,16 @@ std::shared_ptr<VPHTTPClient> instantiate(const VDClass& cls) {
     return std::dynamic_pointer_cast<VPHTTPClient>(cls.create());
 }
 
+template <class T> T readLocked(std::mutex& mutex, const T& field) {
+    std::lock_guard lock(mutex);
+    return field;
+}
+
+template <class T> void writeLocked(std::mutex& mutex, T& field, T value) {
+    std::lock_guard lock(mutex);
+    field = std::move(value);
+}
+
 // Header values are strings; numbers are written as text, and anything else is left out.
 std::optional<std::string> headerText(const Value& value) {
     if (value.isString()) return value.str();
@@ -33,6 +43,18 @@ std::optional<std::string> headerText(const Value& value) {
 }
 
 } // namespace
+
+struct VPHTTPClient::Fields {
+    bool sendParametersAsJSON = false;
+    Dictionary baseParameters;
+    std::optional<std::string> username;
+    std::optional<std::string> password;
+    std::string basePath;
+    std::optional<std::string> userAgent;
+    unsigned cachePolicy = 0;
+    unsigned timeoutInterval = 0;
+    Dictionary HTTPHeaderFields;
+};
 
 VPHTTPClient::VPHTTPClient() = default;
 
@@ -56,42 +78,123 @@ std::shared_ptr<VPHTTPClient> VPHTTPClient::sharedClientWithIdentifier(std::stri
                                                                        const VDClass& receiver,
                                                                        bool receiverIsAPIClient) {
     SharedClients& shared = sharedClients();
-    std::lock_guard lock(shared.mutex);
-    if (auto it = shared.clients.find(identifier); it != shared.clients.end()) return it->second;
+    {
+        std::lock_guard lock(shared.mutex);
+        if (auto it = shared.clients.find(identifier); it != shared.clients.end()) return it->second;
+    }
+    // Made and bound outside the lock: a client's constructor and the registry may take locks of
+    // their own, and other identifiers needn't wait for them.
     std::shared_ptr<VPHTTPClient> client;
     if (receiverIsAPIClient) {
         // The host may have put its own class in place of the service's client.
-        VVDI& di = VVDI::shared();
-        if (const VDClass* bound = di.classForProtocol(kVVAPIClientInterface)) client = instantiate(*bound);
-        if (!client) client = instantiate(receiver);
-        if (client) di.bindInstance(client, kVVAPIClientInterface);
-    } else {
-        client = instantiate(receiver);
+        if (const VDClass* bound = VVDI::shared().classForProtocol(kVVAPIClientInterface))
+            client = instantiate(*bound);
     }
+    if (!client) client = instantiate(receiver);
     // A class that can't make a client gets a plain one rather than nothing.
     if (!client) client = std::make_shared<VPHTTPClient>();
-    shared.clients.emplace(std::string(identifier), client);
+    {
+        // Of two threads that made one for the same identifier, the first to get here wins.
+        std::lock_guard lock(shared.mutex);
+        const auto [it, inserted] = shared.clients.try_emplace(std::string(identifier), client);
+        if (!inserted) return it->second;
+    }
+    if (receiverIsAPIClient) VVDI::shared().bindInstance(client, kVVAPIClientInterface);
     return client;
 }
 
-Dictionary VPHTTPClient::HTTPHeaderFields() {
-    std::call_once(headersOnce_, [this] { HTTPHeaderFields_ = Dictionary::create(); });
-    return HTTPHeaderFields_;
+// ---------------------------------------------------------------- fields
+
+bool VPHTTPClient::sendParametersAsJSON() const {
+    return readLocked(mutex_, sendParametersAsJSON_);
+}
+
+void VPHTTPClient::setSendParametersAsJSON(bool json) {
+    writeLocked(mutex_, sendParametersAsJSON_, json);
+}
+
+Dictionary VPHTTPClient::baseParameters() const {
+    return readLocked(mutex_, baseParameters_).copy();
+}
+
+void VPHTTPClient::setBaseParameters(const Dictionary& parameters) {
+    writeLocked(mutex_, baseParameters_, parameters.copy());
+}
+
+std::optional<std::string> VPHTTPClient::username() const {
+    return readLocked(mutex_, username_);
+}
+
+std::optional<std::string> VPHTTPClient::password() const {
+    return readLocked(mutex_, password_);
+}
+
+std::string VPHTTPClient::basePath() const {
+    return readLocked(mutex_, basePath_);
+}
+
+void VPHTTPClient::setBasePath(std::string basePath) {
+    writeLocked(mutex_, basePath_, std::move(basePath));
+}
+
+std::optional<std::string> VPHTTPClient::userAgent() const {
+    return readLocked(mutex_, userAgent_);
+}
+
+void VPHTTPClient::setUserAgent(std::optional<std::string> userAgent) {
+    writeLocked(mutex_, userAgent_, std::move(userAgent));
+}
+
+unsigned VPHTTPClient::cachePolicy() const {
+    return readLocked(mutex_, cachePolicy_);
+}
+
+void VPHTTPClient::setCachePolicy(unsigned policy) {
+    writeLocked(mutex_, cachePolicy_, policy);
+}
+
+unsigned VPHTTPClient::timeoutInterval() const {
+    return readLocked(mutex_, timeoutInterval_);
+}
+
+void VPHTTPClient::setTimeoutInterval(unsigned seconds) {
+    writeLocked(mutex_, timeoutInterval_, seconds);
+}
+
+Dictionary VPHTTPClient::HTTPHeaderFields() const {
+    std::lock_guard lock(mutex_);
+    return HTTPHeaderFields_.copy();
 }
 
 void VPHTTPClient::setBasicAuthWithUsername(std::optional<std::string> username,
                                             std::optional<std::string> password) {
+    std::lock_guard lock(mutex_);
     username_ = std::move(username);
     password_ = std::move(password);
 }
 
 void VPHTTPClient::setValue(std::optional<std::string> value, std::string_view field) {
-    Dictionary headers = HTTPHeaderFields();
+    std::lock_guard lock(mutex_);
     if (value) {
-        headers.set(field, Value(*value));
+        HTTPHeaderFields_.set(field, Value(std::move(*value)));
     } else {
-        headers.remove(field);
+        HTTPHeaderFields_.remove(field);
     }
+}
+
+VPHTTPClient::Fields VPHTTPClient::fields() const {
+    // Base parameters are replaced, never changed in place, so sharing them is as good as a copy;
+    // the headers are changed in place.
+    std::lock_guard lock(mutex_);
+    return Fields{sendParametersAsJSON_,
+                  baseParameters_,
+                  username_,
+                  password_,
+                  basePath_,
+                  userAgent_,
+                  cachePolicy_,
+                  timeoutInterval_,
+                  HTTPHeaderFields_.copy()};
 }
 
 // ---------------------------------------------------------------- sending
@@ -149,19 +252,20 @@ std::shared_ptr<VPHTTPRequest> VPHTTPClient::queueRequest(std::string_view path,
                                                           Value parameters, std::string saveToPath,
                                                           Progress progress, Dictionary requestHTTPHeaders,
                                                           Completion completion) {
-    const std::string address = basePath_ + std::string(path);
+    const Fields fields = this->fields();
+    const std::string address = fields.basePath + std::string(path);
 
     // A JSON body that is not a dictionary (an array, or nothing) goes as given: base parameters
     // have no place in it. Parameters of a wrong kind also pass, for the request to refuse them.
-    const bool jsonBody =
-        sendParametersAsJSON_ && (method == VPHTTPRequestMethod::POST || method == VPHTTPRequestMethod::PUT);
+    const bool jsonBody = fields.sendParametersAsJSON &&
+                          (method == VPHTTPRequestMethod::POST || method == VPHTTPRequestMethod::PUT);
     const bool passUnchanged =
         jsonBody ? !parameters.isDictionary() : !parameters.isNil() && !parameters.isDictionary();
     if (!passUnchanged) {
         Dictionary merged = Dictionary::create();
         for (const auto& entry : parameters.dictionary())
             merged.setEntry(entry.key, entry.value);
-        for (const auto& entry : baseParameters_)
+        for (const auto& entry : fields.baseParameters)
             merged.setEntry(entry.key, entry.value);
         parameters = Value(merged);
     }
@@ -172,16 +276,17 @@ std::shared_ptr<VPHTTPRequest> VPHTTPClient::queueRequest(std::string_view path,
     for (const auto& entry : requestHTTPHeaders) {
         if (auto text = headerText(entry.value)) request->setValue(std::move(text), entry.key.stringView());
     }
-    request->setSendParametersAsJSON(sendParametersAsJSON_);
-    request->setCachePolicy(cachePolicy_);
-    request->setUserAgent(userAgent_);
-    request->setTimeoutInterval(timeoutInterval_);
+    request->setSendParametersAsJSON(fields.sendParametersAsJSON);
+    request->setCachePolicy(fields.cachePolicy);
+    request->setUserAgent(fields.userAgent);
+    request->setTimeoutInterval(fields.timeoutInterval);
     request->setClient(std::static_pointer_cast<VPHTTPClient>(weak_from_this().lock()));
     // Later than the per-request headers, so a client header wins over one of the same name.
-    for (const auto& entry : HTTPHeaderFields()) {
+    for (const auto& entry : fields.HTTPHeaderFields) {
         if (auto text = headerText(entry.value)) request->setValue(std::move(text), entry.key.stringView());
     }
-    if (username_ && password_) request->signRequestWithUsername(*username_, *password_);
+    if (fields.username && fields.password)
+        request->signRequestWithUsername(*fields.username, *fields.password);
     queueRequest(request);
     return request;
 }

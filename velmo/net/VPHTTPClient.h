@@ -20,8 +20,9 @@ namespace velmo {
 /// What many requests have in common — base path, base parameters, default headers, Basic
 /// credentials, caching, time-out, user agent — and a private queue that runs them.
 ///
-/// Fields are meant to be set from one thread (the main thread) while requests are made; each
-/// request takes a copy of them when it is queued.
+/// Fields may be set from any thread while others make requests (a background job sets a header,
+/// the main thread the token, page loaders send from their own queues): they are kept under a
+/// lock, and each request takes a copy of them as they stand when it is queued.
 class VPHTTPClient : public Object {
 public:
     VPHTTPClient();
@@ -45,30 +46,31 @@ public:
     // ---- fields
 
     /// Copied to each request; stays as last set.
-    bool sendParametersAsJSON() const { return sendParametersAsJSON_; }
-    void setSendParametersAsJSON(bool json) { sendParametersAsJSON_ = json; }
-    /// Merged into the parameters of each request; on a clash these win.
-    Dictionary baseParameters() const { return baseParameters_; }
-    void setBaseParameters(Dictionary parameters) { baseParameters_ = std::move(parameters); }
-    const std::optional<std::string>& username() const { return username_; }
-    const std::optional<std::string>& password() const { return password_; }
+    bool sendParametersAsJSON() const;
+    void setSendParametersAsJSON(bool json);
+    /// Merged into the parameters of each request; on a clash these win. Kept as a copy: a change
+    /// to the given dictionary afterwards doesn't reach the client.
+    Dictionary baseParameters() const;
+    void setBaseParameters(const Dictionary& parameters);
+    std::optional<std::string> username() const;
+    std::optional<std::string> password() const;
     /// Put in front of each path; "" by default.
-    const std::string& basePath() const { return basePath_; }
-    void setBasePath(std::string basePath) { basePath_ = std::move(basePath); }
-    const std::optional<std::string>& userAgent() const { return userAgent_; }
-    void setUserAgent(std::optional<std::string> userAgent) { userAgent_ = std::move(userAgent); }
-    unsigned cachePolicy() const { return cachePolicy_; }
-    void setCachePolicy(unsigned policy) { cachePolicy_ = policy; }
+    std::string basePath() const;
+    void setBasePath(std::string basePath);
+    std::optional<std::string> userAgent() const;
+    void setUserAgent(std::optional<std::string> userAgent);
+    unsigned cachePolicy() const;
+    void setCachePolicy(unsigned policy);
     /// Seconds; 0 leaves each request the default.
-    unsigned timeoutInterval() const { return timeoutInterval_; }
-    void setTimeoutInterval(unsigned seconds) { timeoutInterval_ = seconds; }
+    unsigned timeoutInterval() const;
+    void setTimeoutInterval(unsigned seconds);
     OperationQueue& operationQueue() { return operationQueue_; }
-    /// The headers of each request, made on first use.
-    Dictionary HTTPHeaderFields();
+    /// A copy of the headers of each request; `setValue` changes them.
+    Dictionary HTTPHeaderFields() const;
 
     /// setBasicAuthWithUsername:password:
     void setBasicAuthWithUsername(std::optional<std::string> username, std::optional<std::string> password);
-    /// setValue:forHTTPHeaderField: — nothing removes the field.
+    /// setValue:forHTTPHeaderField: — an absent value removes the field.
     void setValue(std::optional<std::string> value, std::string_view field);
 
     // ---- sending; each returns the queued request, which may still be changed until it starts
@@ -111,6 +113,11 @@ protected:
     virtual void queueRequest(const std::shared_ptr<VPHTTPRequest>& request);
 
 private:
+    struct Fields;
+    /// The fields as they stand, copied under the lock.
+    Fields fields() const;
+
+    mutable std::mutex mutex_; // guards the fields below up to the marker
     bool sendParametersAsJSON_ = false;
     Dictionary baseParameters_;
     std::optional<std::string> username_;
@@ -119,9 +126,11 @@ private:
     std::optional<std::string> userAgent_;
     unsigned cachePolicy_ = 0;
     unsigned timeoutInterval_ = 0;
-    std::once_flag headersOnce_;
-    Dictionary HTTPHeaderFields_;
-    OperationQueue operationQueue_{"VPHTTPClient"};
+    Dictionary HTTPHeaderFields_ = Dictionary::create();
+    // ---- end of the fields under `mutex_`
+
+    // Requests start on the engine's threads, which nothing that waits on a request can hold.
+    OperationQueue operationQueue_{"VPHTTPClient", VPHTTPRequest::engineQueue()};
 };
 
 } // namespace velmo

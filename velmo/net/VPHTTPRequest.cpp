@@ -9,8 +9,6 @@
 #include <boost/url/encode.hpp>
 #include <boost/url/grammar/alnum_chars.hpp>
 #include <boost/url/grammar/lut_chars.hpp>
-#include <boost/url/parse.hpp>
-#include <boost/url/url.hpp>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
@@ -44,6 +42,10 @@ constexpr std::size_t kPendingLowWater = 1024 * 1024;
 // Cut off by its own timer, an in-memory body has no separate limit on time without progress.
 constexpr double kNoProgressLimit = 0;
 
+// Engine work is short (body writes, progress, the finishing step, starts); a few threads keep
+// one slow disk from holding up every other request.
+constexpr std::size_t kEngineThreads = 4;
+
 std::atomic<double> gDefaultTimeoutInterval{20};
 std::mutex gDefaultUserAgentMutex;
 std::optional<std::string> gDefaultUserAgent;
@@ -63,6 +65,11 @@ const char* methodName(VPHTTPRequestMethod method) {
         return "HEAD";
     }
     return "GET";
+}
+
+// The field when set, else the default in whole seconds.
+unsigned effectiveTimeoutInterval(unsigned field) {
+    return field != 0 ? field : static_cast<unsigned>(gDefaultTimeoutInterval.load());
 }
 
 bool hasBody(VPHTTPRequestMethod method) {
@@ -115,7 +122,7 @@ struct VPHTTPRequest::TransferEvents : HTTPTransferDelegate {
         if (request->method_ != VPHTTPRequestMethod::POST || !request->progress_ || expected <= 0) return;
         request->saveDataDispatchQueue_->async([request = request, written, expected] {
             if (!request->completed_)
-                request->progress_(static_cast<float>(written) / static_cast<float>(expected));
+                request->reportProgress(static_cast<float>(written) / static_cast<float>(expected));
         });
     }
     void transferDidFinish() override {
@@ -135,8 +142,11 @@ VPHTTPRequest::VPHTTPRequest(std::string_view address, VPHTTPRequestMethod metho
                              std::string saveToPath, Progress progress, Completion completion)
     : method_(method), savePath_(std::move(saveToPath)), progress_(std::move(progress)),
       completion_(std::move(completion)), parameters_(std::move(parameters)),
-      saveDataDispatchQueue_(DispatchQueue::createSerial(kVPHTTPRequestQueueLabel)),
+      saveDataDispatchQueue_(DispatchQueue::createSerial(kVPHTTPRequestQueueLabel, *engineQueue())),
       timeoutTimer_(*saveDataDispatchQueue_) {
+    // Switching pipelining on for requests other than POST without a save path has no
+    // counterpart here: libcurl dropped HTTP/1.1 pipelining, and its transfers share kept-alive
+    // connections anyway.
     request_.url = std::string(address);
     request_.method = methodName(method);
     if (auto url = URL::URLWithString(address)) {
@@ -241,6 +251,12 @@ unsigned VPHTTPRequest::taskCount() {
     return gTaskCount.load();
 }
 
+const std::shared_ptr<DispatchQueue>& VPHTTPRequest::engineQueue() {
+    static const auto* queue = new std::shared_ptr<DispatchQueue>(
+        DispatchQueue::createConcurrent("com.velmoapp.VPHTTPRequest.engine", kEngineThreads));
+    return *queue;
+}
+
 // ---------------------------------------------------------------- fields
 
 void VPHTTPRequest::setValue(std::optional<std::string> value, std::string_view field) {
@@ -289,8 +305,7 @@ void VPHTTPRequest::setCachePolicy(unsigned policy) {
 
 unsigned VPHTTPRequest::timeoutInterval() const {
     std::lock_guard lock(mutex_);
-    if (timeoutInterval_ != 0) return timeoutInterval_;
-    return static_cast<unsigned>(gDefaultTimeoutInterval.load());
+    return effectiveTimeoutInterval(timeoutInterval_);
 }
 
 void VPHTTPRequest::setTimeoutInterval(unsigned seconds) {
@@ -300,7 +315,7 @@ void VPHTTPRequest::setTimeoutInterval(unsigned seconds) {
     }
     // A caller may set the limit on a request its client has already started (the queue starts
     // requests at once): the running timer takes it.
-    if (isExecuting() && savePath_.empty() && !completed_) armTimeoutTimer();
+    if (isExecuting() && savePath_.empty()) armTimeoutTimer();
 }
 
 URLRequest VPHTTPRequest::operationRequest() const {
@@ -374,13 +389,14 @@ std::string VPHTTPRequest::multipartBody(const Dictionary& parameters) const {
     for (const auto& [key, value] : parameters) {
         const std::string_view name = key.stringView();
         if (auto url = fileParameter(value)) {
-            const auto contents = url->isFileURL() ? Files::read(url->path()) : std::nullopt;
-            if (!contents) {
-                throw std::invalid_argument(fmt::format(
-                    "The file at {} could not be read for the parameter {}.", url->absoluteString(), name));
-            }
             fileHead(name, url->lastPathComponent(), "application/octet-stream");
-            body += *contents;
+            // Bytes that can't be read leave the part empty, and the request goes as it is.
+            if (auto contents = url->isFileURL() ? Files::read(url->path()) : std::nullopt) {
+                body += *contents;
+            } else {
+                SystemLog::log(fmt::format("[VPHTTPRequest] {} could not be read for the parameter {}",
+                                           url->absoluteString(), name));
+            }
         } else if (value.isBytes()) {
             const std::string_view bytes = value.bytesView();
             const std::string_view extension = imageType(bytes);
@@ -413,15 +429,10 @@ void VPHTTPRequest::addParametersToRequest(const Value& parameters) {
         if (dictionary.empty()) return;
         const std::string query = parameterStringForDictionary(dictionary);
         std::lock_guard lock(mutex_);
-        // Parameters join a query the address already has.
-        auto parsed = urls::parse_uri(request_.url);
-        if (!parsed) {
-            request_.url = fmt::format("{}?{}", request_.url, query);
-            return;
-        }
-        urls::url url(*parsed);
-        url.set_encoded_query(url.has_query() ? fmt::format("{}&{}", url.encoded_query(), query) : query);
-        request_.url = std::string(url.buffer());
+        // Appended as text, keys as given. An address that already has a query gets "&" rather
+        // than a second "?", which would end up in the value of its last parameter.
+        request_.url += request_.url.find('?') == std::string::npos ? '?' : '&';
+        request_.url += query;
         return;
     }
 
@@ -475,8 +486,8 @@ void VPHTTPRequest::start() {
         finish();
         return;
     }
-    const Value parameters = this->parameters();
-    if (!parameters.isNil()) addParametersToRequest(parameters);
+    // Scoped to the encoding, so that bytes given as parameters aren't held beside the body.
+    if (const Value parameters = this->parameters(); !parameters.isNil()) addParametersToRequest(parameters);
 
     URLRequest request;
     {
@@ -489,7 +500,10 @@ void VPHTTPRequest::start() {
         }
         if (savePath_.empty()) request_.timeoutInterval = kNoProgressLimit;
         startTime_ = std::chrono::steady_clock::now();
+        std::string body = std::move(request_.body);
+        request_.body.clear();
         request = request_;
+        request.body = std::move(body);
     }
     taskCount_ = TaskCount::Raising;
     DispatchQueue::main().async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this())] {
@@ -497,20 +511,8 @@ void VPHTTPRequest::start() {
         if (self->taskCount_.compare_exchange_strong(expected, TaskCount::Raised)) increaseTaskCount();
     });
 
-    VPErrorPtr failure;
-    if (!savePath_.empty()) {
-        // Opened before the request counts as executing, since a cancel from then on closes it on
-        // the serial queue; written there only.
-        fileDescriptor_ = ::open(savePath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-        if (fileDescriptor_ < 0) {
-            failure = VPError::make(kVPHTTPRequestWriteErrorDomain, 0,
-                                    Dictionary{{kNSLocalizedDescriptionKey,
-                                                Value(fmt::format("The file \"{}\" could not be created: {}",
-                                                                  savePath_, std::strerror(errno)))},
-                                               {"NSFilePath", Value(savePath_)}});
-        }
-    }
     setState(OperationState::Executing);
+    VPErrorPtr failure = savePath_.empty() ? VPErrorPtr() : openSaveFile();
     if (savePath_.empty()) armTimeoutTimer();
     if (!failure && !URL::URLWithString(request.url))
         failure = errorWithFailingURL(kNSURLErrorBadURL, "bad URL");
@@ -538,15 +540,29 @@ void VPHTTPRequest::start() {
     SystemLog::log(fmt::format("[{}] {}", methodName(method_), address));
 }
 
+// A cancel that came first has already queued the closing of the file on the serial queue: the
+// file is then not opened, since nothing would close it. Written on the serial queue only.
+VPErrorPtr VPHTTPRequest::openSaveFile() {
+    std::lock_guard lock(mutex_);
+    if (finishing_) return nullptr;
+    fileDescriptor_ = ::open(savePath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fileDescriptor_ >= 0) return nullptr;
+    return VPError::make(
+        kVPHTTPRequestWriteErrorDomain, 0,
+        Dictionary{{kNSLocalizedDescriptionKey, Value(fmt::format("The file \"{}\" could not be created: {}",
+                                                                  savePath_, std::strerror(errno)))},
+                   {"NSFilePath", Value(savePath_)}});
+}
+
 void VPHTTPRequest::armTimeoutTimer() {
-    const std::chrono::seconds limit(timeoutInterval());
-    std::chrono::steady_clock::time_point started;
-    {
-        std::lock_guard lock(mutex_);
-        started = startTime_;
-    }
-    const auto remaining = started + limit - std::chrono::steady_clock::now();
     std::weak_ptr<VPHTTPRequest> weak = std::static_pointer_cast<VPHTTPRequest>(shared_from_this());
+    // The limit is read and the timer armed under one lock, so that of two threads arming at once
+    // (`start` and a new limit) the one with the older limit can't arm last. Nothing is armed once
+    // the request has ended.
+    std::lock_guard lock(mutex_);
+    if (completed_ || finishing_) return;
+    const std::chrono::seconds limit(effectiveTimeoutInterval(timeoutInterval_));
+    const auto remaining = startTime_ + limit - std::chrono::steady_clock::now();
     timeoutTimer_.start(
         std::max(remaining, std::chrono::steady_clock::duration::zero()),
         [weak] {
@@ -620,10 +636,16 @@ void VPHTTPRequest::writeChunk(const std::string& chunk) {
                 written += static_cast<std::size_t>(n);
             }
         }
+        // The received length counts only what progress reports, over a known length.
         const float expected = expectedContentLength_.load();
-        receivedContentLength_ = receivedContentLength_.load() + static_cast<float>(chunk.size());
-        if (progress_ && !completed_)
-            progress_(expected > 0 ? receivedContentLength_.load() / expected : -1.0f);
+        if (progress_ && !completed_) {
+            if (expected < 0) {
+                reportProgress(-1.0f);
+            } else {
+                receivedContentLength_ = receivedContentLength_.load() + static_cast<float>(chunk.size());
+                reportProgress(receivedContentLength_.load() / expected);
+            }
+        }
     }
     const std::size_t left = pendingBytes_ -= chunk.size();
     if (left <= kPendingLowWater && paused_.exchange(false)) {
@@ -663,9 +685,13 @@ void VPHTTPRequest::finishLoading() {
 // ---------------------------------------------------------------- completion
 
 void VPHTTPRequest::callCompletionBlockWithResponse(Value response, VPErrorPtr error) {
-    // Time-out, transfer end and write failure race for this step: the first one completes.
-    if (completed_.exchange(true)) return;
-    timeoutTimer_.cancel();
+    {
+        // Time-out, transfer end and write failure race for this step: the first one completes.
+        // Under the lock that arms the timer, so that no timer is armed after this.
+        std::lock_guard lock(mutex_);
+        if (completed_.exchange(true)) return;
+        timeoutTimer_.cancel();
+    }
     closeFile();
     DispatchQueue::main().async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()),
                                  response = std::move(response), urlResponse = operationURLResponse(),
@@ -700,10 +726,19 @@ void VPHTTPRequest::completeOnMainQueue(const Value& response,
 void VPHTTPRequest::cancel() {
     if (!isExecuting()) return;
     markCancelled();
-    timeoutTimer_.cancel();
     finish();
 }
 
+void VPHTTPRequest::reportProgress(float progress) const {
+    // The caller's code: what it throws is logged, and the request goes on to its end.
+    try {
+        progress_(progress);
+    } catch (...) {
+        VPLogging::logCaughtException(__PRETTY_FUNCTION__, __LINE__);
+    }
+}
+
+// Also clears the timer, under the lock that arms it.
 void VPHTTPRequest::finish() {
     std::shared_ptr<HTTPTransfer> transfer;
     {
@@ -711,6 +746,7 @@ void VPHTTPRequest::finish() {
         // Cancel and the completion step may both end the request: only the first does.
         if (finishing_) return;
         finishing_ = true;
+        timeoutTimer_.cancel();
         transfer = std::move(transfer_);
     }
     if (transfer) transfer->cancel();
@@ -719,7 +755,8 @@ void VPHTTPRequest::finish() {
         saveDataDispatchQueue_->async(
             [self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this())] { self->closeFile(); });
     }
-    setState(OperationState::Finished);
+    // From ready (cancelled before it ran) "isExecuting" is announced too, as at every end.
+    if (setState(OperationState::Finished) == OperationState::Ready) didChangeValueForKey("isExecuting");
 }
 
 void VPHTTPRequest::closeFile() {

@@ -53,8 +53,13 @@ std::string encodedURLParameterString(std::string_view string);
 /// reports and the finishing step run in order on the request's own serial queue.
 ///
 /// Time-outs: a body collected in memory is cut off `timeoutInterval` seconds after `start`.
-/// A body saved to a file has no such limit, only a limit on time without progress, so a long
-/// download that keeps moving always completes.
+/// A body saved to a file is never cut off for taking long: `timeoutInterval` doesn't apply to
+/// it. What stays is the transfer's stall guard, the request's own time-out as the platform has
+/// it (60 s), counted only while not one byte moves: a download that keeps moving, however
+/// slowly, always completes, and one whose server went silent still ends.
+///
+/// The HTTP engine (each request's serial queue and timer, and the starts of a client's queue)
+/// runs on threads of its own, `engineQueue`.
 class VPHTTPRequest : public Operation {
 public:
     /// (response, URL response, error): the response is the parsed JSON of an "application/json"
@@ -111,6 +116,10 @@ public:
     static void setDefaultUserAgent(std::optional<std::string> userAgent);
     /// Requests started and not yet finished (VPHTTPRequestTaskCount); raised on the main queue.
     static unsigned taskCount();
+    /// The engine's threads. Never shared with work that waits on requests: jobs of the global
+    /// queues block until their requests end, and requests that needed a global thread to end
+    /// would then wait for those jobs forever.
+    static const std::shared_ptr<DispatchQueue>& engineQueue();
 
     // ---- the operation
 
@@ -123,7 +132,7 @@ public:
 
     // ---- the request; changes after `start` have no effect unless said otherwise
 
-    /// setValue:forHTTPHeaderField: — nothing removes the field.
+    /// setValue:forHTTPHeaderField: — an absent value removes the field.
     void setValue(std::optional<std::string> value, std::string_view field);
     /// signRequestWithUsername:password: — Basic credentials in "Authorization".
     void signRequestWithUsername(std::string_view username, std::string_view password);
@@ -146,7 +155,8 @@ public:
     /// The URL's path, decoded, without its first "/"; the key of cancelling by path.
     const std::string& requestPath() const { return requestPath_; }
     const std::string& operationSavePath() const { return savePath_; }
-    /// A copy of the request as it stands.
+    /// A copy of the request as it stands. The body goes to the transfer at `start`, so that it is
+    /// held once: from then on the copy has none.
     URLRequest operationRequest() const;
     /// The parameters as given; cleared once `start` has encoded them.
     Value parameters() const;
@@ -171,6 +181,8 @@ private:
     std::string multipartBody(const Dictionary& parameters) const;
 
     void armTimeoutTimer();
+    VPErrorPtr openSaveFile();
+    void reportProgress(float progress) const;
     void requestTimeout();
     void receiveResponse(std::shared_ptr<HTTPURLResponse> response);
     bool receiveData(std::string_view data);
@@ -208,7 +220,8 @@ private:
     std::shared_ptr<DispatchQueue> saveDataDispatchQueue_;
     DispatchTimer timeoutTimer_;
 
-    // Touched on the serial queue only.
+    // Touched on the serial queue only, but for the file's opening by `start`, under `mutex_`,
+    // before the transfer can queue a write.
     std::string operationData_;
     int fileDescriptor_ = -1;
 
