@@ -75,6 +75,10 @@ TEST(OperationQueue, ConcurrentOperationsHoldTheirSlotUntilTheyFinish) {
     }
     for (std::size_t next = 0; next < operations.size(); ++next) {
         ASSERT_TRUE(eventually([&] { return operations[next]->isExecuting(); })) << next;
+        // The queue fills its width before the oldest ends.
+        if (next + 1 < operations.size()) {
+            ASSERT_TRUE(eventually([&] { return operations[next + 1]->isExecuting(); })) << next + 1;
+        }
         // Operations start in the order they were added.
         for (std::size_t later = next + 2; later < operations.size(); ++later) {
             EXPECT_TRUE(operations[later]->isReady()) << later;
