@@ -99,7 +99,9 @@ TEST_F(VPHTTPClientTest, FieldsChangeOnOneThreadWhileOthersQueueRequests) {
     std::atomic<bool> queueing{true};
     std::thread writer([&] {
         for (int i = 0; queueing; ++i) {
-            client->setValue("v" + std::to_string(i), "X-Changing");
+            std::string value(1, 'v');
+            value += std::to_string(i);
+            client->setValue(value, "X-Changing");
             if (i % 2) client->setValue(std::nullopt, "X-Changing");
             client->setBaseParameters(Dictionary{{"n", Value(i)}});
         }

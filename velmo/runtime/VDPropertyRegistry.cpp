@@ -47,7 +47,8 @@ Dictionary VDPropertyRegistry::classProps(const VDClass& cls) {
 std::vector<std::string> VDPropertyRegistry::classPropsConformingTo(const VDClass& cls,
                                                                     std::string_view protocol) {
     // A text test, as on the original platform: the marker has to stand in angle brackets.
-    const std::string marker = "<" + std::string(protocol) + ">";
+    std::string marker(1, '<');
+    marker.append(protocol).push_back('>');
     std::vector<std::string> names;
     forOwnProperties(cls, [&](const Property& p) {
         if (p.typeText.find(marker) != std::string::npos) names.push_back(p.name);
