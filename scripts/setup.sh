@@ -38,6 +38,6 @@ if [ "${1:-}" = "--deps" ]; then
 fi
 
 cmake --preset release >/dev/null
-cmake --build --preset release
+cmake --build --preset release --target velmo_cli
 ./build/release/cli/velmo json examples/document.json
 ./build/release/cli/velmo tree examples/view-tree.json
