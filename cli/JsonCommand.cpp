@@ -5,9 +5,8 @@
 #include <fmt/format.h>
 
 #include "Commands.h"
-#include "velmo/foundation/Files.h"
+#include "DocumentInput.h"
 #include "velmo/foundation/Json.h"
-#include "velmo/model/VDModelDecoder.h"
 
 namespace velmo::cli {
 
@@ -18,26 +17,8 @@ void addJsonCommand(CLI::App& app, int& exitCode) {
     cmd->add_option("FILE", *file, "Document JSON file")->required();
     cmd->add_flag("--compact", *compact, "Print compact JSON instead of pretty");
     cmd->callback([&exitCode, file, compact] {
-        const auto text = Files::read(*file);
-        if (!text) {
-            fmt::print(stderr, "velmo: cannot read {}\n", *file);
-            exitCode = kExitUsage;
-            return;
-        }
-        JsonParseError error("", 0);
-        const Value value = Json::tryParse(*text, Json::ReadOptions{}, &error);
-        if (value.isNil()) {
-            fmt::print(stderr, "velmo: {}: malformed JSON at offset {}: {}\n", *file, error.offset(),
-                       error.reason());
-            exitCode = kExitUsage;
-            return;
-        }
-        auto model = VDModelDecoder::modelObjectFromDictionary(value.dictionary());
-        if (!model) {
-            fmt::print(stderr, "velmo: {}: the top level is not a known model class\n", *file);
-            exitCode = kExitFailure;
-            return;
-        }
+        auto model = readDocument(*file, exitCode);
+        if (!model) return;
         std::string json;
         try {
             json = *compact ? Json::write(Value(model->toDictionary())) : model->toJson();

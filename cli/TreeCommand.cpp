@@ -5,10 +5,9 @@
 #include <fmt/format.h>
 
 #include "Commands.h"
-#include "velmo/foundation/Files.h"
+#include "DocumentInput.h"
 #include "velmo/foundation/Json.h"
 #include "velmo/host/VVHostTree.h"
-#include "velmo/model/VDModelDecoder.h"
 
 namespace velmo::cli {
 
@@ -51,26 +50,8 @@ void addTreeCommand(CLI::App& app, int& exitCode) {
     cmd->add_option("FILE", *file, "Document JSON file")->required();
     cmd->add_flag("--json", *json, "Print the hierarchy as JSON");
     cmd->callback([&exitCode, file, json] {
-        const auto text = Files::read(*file);
-        if (!text) {
-            fmt::print(stderr, "velmo: cannot read {}\n", *file);
-            exitCode = kExitUsage;
-            return;
-        }
-        JsonParseError error("", 0);
-        const Value value = Json::tryParse(*text, Json::ReadOptions{}, &error);
-        if (value.isNil()) {
-            fmt::print(stderr, "velmo: {}: malformed JSON at offset {}: {}\n", *file, error.offset(),
-                       error.reason());
-            exitCode = kExitUsage;
-            return;
-        }
-        auto model = VDModelDecoder::modelObjectFromDictionary(value.dictionary());
-        if (!model) {
-            fmt::print(stderr, "velmo: {}: the top level is not a known model class\n", *file);
-            exitCode = kExitFailure;
-            return;
-        }
+        auto model = readDocument(*file, exitCode);
+        if (!model) return;
         const auto host = VVHostTree::attachDocument(model);
         const auto roots = host->roots();
         if (roots.empty()) {

@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 /// "Zipping 12/40" on one line of a terminal; nothing when standard error is not a terminal.
 class TerminalProgress {
-  public:
+public:
     TerminalProgress() : enabled_(::isatty(STDERR_FILENO) == 1) {}
     ~TerminalProgress() {
         if (shown_) fmt::print(stderr, "\n");
@@ -34,7 +34,7 @@ class TerminalProgress {
         shown_ = true;
     }
 
-  private:
+private:
     bool enabled_;
     bool shown_ = false;
 };

@@ -17,7 +17,7 @@ export VELMO_TEST_PRESET="$preset"
 # login keyring, and a keyring left by an earlier run with another password can't be locked.
 dbus-run-session -- bash -c '
   set -euo pipefail
-  export XDG_DATA_HOME="$(mktemp -d -t velmo-keyring-XXXXXX)"
+  export XDG_DATA_HOME="$(mktemp -d)"
   trap "rm -rf \"$XDG_DATA_HOME\"" EXIT
   echo -n velmo-test | gnome-keyring-daemon --unlock --components=secrets >/dev/null 2>&1 || true
   ctest --preset "$VELMO_TEST_PRESET" --no-tests=error -j2
