@@ -1,5 +1,7 @@
 #include "velmo/archive/VPZipArchive.h"
 
+#include <functional>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -87,6 +89,23 @@ bool listSubpaths(const fs::path& directory, const fs::path& relative, std::vect
         }
     }
     return ok;
+}
+
+// The class-level write forms share their frame: open the archive, let `entries` add what goes
+// in (a failed entry doesn't stop the others), close it, report the first error.
+bool writeWholeArchive(const std::string& path, VPErrorPtr* error,
+                       const VPZipArchive::CompressionProgressHandler& compressionProgressHandler,
+                       const std::function<void(VPZipArchive&, WriteSteps&)>& entries) {
+    VPZipArchive archive(path);
+    if (!archive.open()) {
+        setError(error, archive.lastError());
+        return false;
+    }
+    WriteSteps steps;
+    entries(archive, steps);
+    steps.add(archive.close(compressionProgressHandler), archive.lastError());
+    setError(error, steps.firstError);
+    return steps.success;
 }
 
 } // namespace
@@ -291,21 +310,15 @@ bool VPZipArchive::createZipFileAtPath(const std::string& path, const std::vecto
         setError(error, errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {}, "no archive path"));
         return false;
     }
-    VPZipArchive archive(path);
-    if (!archive.open()) {
-        setError(error, archive.lastError());
-        return false;
-    }
-    WriteSteps steps;
-    std::uint64_t done = 0;
-    for (const auto& file : filePaths) {
-        steps.add(archive.writeFileAtPath(file, std::string(), compressionLevel, password, aes),
-                  archive.lastError());
-        if (progressHandler) progressHandler(++done, filePaths.size());
-    }
-    steps.add(archive.close(compressionProgressHandler), archive.lastError());
-    setError(error, steps.firstError);
-    return steps.success;
+    return writeWholeArchive(
+        path, error, compressionProgressHandler, [&](VPZipArchive& archive, WriteSteps& steps) {
+            std::uint64_t done = 0;
+            for (const auto& file : filePaths) {
+                steps.add(archive.writeFileAtPath(file, std::string(), compressionLevel, password, aes),
+                          archive.lastError());
+                if (progressHandler) progressHandler(++done, filePaths.size());
+            }
+        });
 }
 
 bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(const std::string& path,
@@ -360,40 +373,35 @@ bool VPZipArchive::createZipFileAtPathWithContentsOfDirectory(
                                       fmt::format("\"{}\" is not a directory", directoryPath)));
         return false;
     }
-    VPZipArchive archive(path);
-    if (!archive.open()) {
-        setError(error, archive.lastError());
-        return false;
-    }
-    WriteSteps steps;
-    std::vector<fs::path> subpaths;
-    steps.success = listSubpaths(directoryPath, fs::path(), subpaths, steps.firstError);
-    if (keepParentDirectory && subpaths.empty()) subpaths.emplace_back();
+    return writeWholeArchive(
+        path, error, compressionProgressHandler, [&](VPZipArchive& archive, WriteSteps& steps) {
+            std::vector<fs::path> subpaths;
+            steps.success = listSubpaths(directoryPath, fs::path(), subpaths, steps.firstError);
+            if (keepParentDirectory && subpaths.empty()) subpaths.emplace_back();
 
-    const fs::path archiveRealPath = fs::weakly_canonical(path, ec);
-    const std::string parentName = lastPathComponent(directoryPath);
-    std::uint64_t done = 0;
-    for (const auto& sub : subpaths) {
-        const fs::path fullPath = sub.empty() ? fs::path(directoryPath) : fs::path(directoryPath) / sub;
-        if (fs::weakly_canonical(fullPath, ec) == archiveRealPath) {
-            SystemLog::log(fmt::format(
-                "[VPZipArchive] the archive path and the file path: {} are the same, which is forbidden.",
-                fullPath.string()));
-            continue;
-        }
-        const std::string name =
-            keepParentDirectory ? (fs::path(parentName) / sub).generic_string() : sub.generic_string();
-        if (!fs::is_directory(fullPath, ec)) {
-            steps.add(archive.writeFileAtPath(fullPath, name, compressionLevel, password, aes),
-                      archive.lastError());
-        } else if (fs::is_empty(fullPath, ec)) {
-            steps.add(archive.writeFolderAtPath(fullPath, name, password), archive.lastError());
-        }
-        if (progressHandler) progressHandler(++done, subpaths.size());
-    }
-    steps.add(archive.close(compressionProgressHandler), archive.lastError());
-    setError(error, steps.firstError);
-    return steps.success;
+            const fs::path archiveRealPath = fs::weakly_canonical(path, ec);
+            const std::string parentName = lastPathComponent(directoryPath);
+            std::uint64_t done = 0;
+            for (const auto& sub : subpaths) {
+                const fs::path fullPath =
+                    sub.empty() ? fs::path(directoryPath) : fs::path(directoryPath) / sub;
+                if (fs::weakly_canonical(fullPath, ec) == archiveRealPath) {
+                    SystemLog::log(fmt::format("[VPZipArchive] the archive path and the file path: {} are "
+                                               "the same, which is forbidden.",
+                                               fullPath.string()));
+                    continue;
+                }
+                const std::string name = keepParentDirectory ? (fs::path(parentName) / sub).generic_string()
+                                                             : sub.generic_string();
+                if (!fs::is_directory(fullPath, ec)) {
+                    steps.add(archive.writeFileAtPath(fullPath, name, compressionLevel, password, aes),
+                              archive.lastError());
+                } else if (fs::is_empty(fullPath, ec)) {
+                    steps.add(archive.writeFolderAtPath(fullPath, name, password), archive.lastError());
+                }
+                if (progressHandler) progressHandler(++done, subpaths.size());
+            }
+        });
 }
 
 // ---- writing: an instance
