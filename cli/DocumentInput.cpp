@@ -7,7 +7,7 @@
 #include "Commands.h"
 #include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
-#include "velmo/model/VDModelDecoder.h"
+#include "velmo/model/core/VDModelDecoder.h"
 
 namespace velmo::cli {
 

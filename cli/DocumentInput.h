@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "velmo/model/VDModel.h"
+#include "velmo/model/core/VDModel.h"
 
 namespace velmo::cli {
 

@@ -2,7 +2,7 @@
 
 #include <mutex>
 
-#include "velmo/model/VDModelDecoder.h"
+#include "velmo/model/core/VDModelDecoder.h"
 
 namespace velmo::test {
 

@@ -2,7 +2,7 @@
 
 // A throwaway model class with one field of every kind, to test the generic machinery.
 
-#include "velmo/model/VDModel.h"
+#include "velmo/model/core/VDModel.h"
 
 namespace velmo::test {
 

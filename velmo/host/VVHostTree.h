@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "velmo/foundation/Object.h"
-#include "velmo/model/VDModelView.h"
-#include "velmo/model/VDModelViewRelatedUIElement.h"
+#include "velmo/model/view/VDModelView.h"
+#include "velmo/model/view/VDModelViewRelatedUIElement.h"
 
 namespace velmo {
 

@@ -1,0 +1,52 @@
+#include "velmo/model/core/VDModelRegistry.h"
+
+#include "velmo/model/records/VDModelBar.h"
+#include "velmo/model/records/VDModelBorder.h"
+#include "velmo/model/records/VDModelColor.h"
+#include "velmo/model/records/VDModelConstraint.h"
+#include "velmo/model/records/VDModelDataList.h"
+#include "velmo/model/records/VDModelFill.h"
+#include "velmo/model/records/VDModelFrame.h"
+#include "velmo/model/records/VDModelGradient.h"
+#include "velmo/model/records/VDModelGradientStop.h"
+#include "velmo/model/records/VDModelGuide.h"
+#include "velmo/model/records/VDModelHover.h"
+#include "velmo/model/records/VDModelPoint.h"
+#include "velmo/model/records/VDModelShadow.h"
+#include "velmo/model/records/VDModelSpecsInfo.h"
+#include "velmo/model/records/VDModelTheme.h"
+#include "velmo/model/records/VPAnimationExportSettings.h"
+#include "velmo/model/view/VDModelView.h"
+#include "velmo/model/view/VDModelViewConstraints.h"
+#include "velmo/model/view/VDModelViewPadding.h"
+
+namespace velmo {
+
+std::vector<const VDClass*> registerModelClasses() {
+    return {
+        // The decoder's fast table, in its order, as far as the classes exist.
+        &VDModelViewConstraints::classObject(),
+        &VDModelConstraint::classObject(),
+        &VDModelHover::classObject(),
+        &VDModelView::classObject(),
+        &VDModelViewPadding::classObject(),
+        &VDModelFrame::classObject(),
+        &VDModelBorder::classObject(),
+        &VDModelShadow::classObject(),
+        &VDModelSpecsInfo::classObject(),
+        // Every other model class.
+        &VDModel::classObject(),
+        &VDModelBar::classObject(),
+        &VDModelColor::classObject(),
+        &VDModelDataList::classObject(),
+        &VDModelFill::classObject(),
+        &VDModelGradient::classObject(),
+        &VDModelGradientStop::classObject(),
+        &VDModelGuide::classObject(),
+        &VDModelPoint::classObject(),
+        &VDModelTheme::classObject(),
+        &VPAnimationExportSettings::classObject(),
+    };
+}
+
+} // namespace velmo

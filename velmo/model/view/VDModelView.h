@@ -1,0 +1,310 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "velmo/model/records/VDModelColor.h"
+#include "velmo/model/records/VDModelFrame.h"
+#include "velmo/model/records/VDModelHover.h"
+#include "velmo/model/records/VDModelSpecsInfo.h"
+#include "velmo/model/records/VPAnimationExportSettings.h"
+#include "velmo/model/view/VDModelActionPaths.h"
+#include "velmo/model/view/VDModelViewConstraints.h"
+#include "velmo/model/view/VDModelViewPadding.h"
+#include "velmo/model/view/VDModelViewRelatedUIElement.h"
+#include "velmo/runtime/VDWeakMutableSet.h"
+
+namespace velmo {
+
+inline constexpr const char* kModelViewDeletedNotification = "kModelViewDeletedNotification";
+
+/// The node of the document's view tree: geometry and appearance, an ordered list of subviews
+/// (back to front), an ordered list of actions, named states and breakpoint variants. Screens,
+/// labels, images and every other visual class derive from it.
+///
+/// Upward navigation goes only through `relatedUIElement`, which the host installs; a view
+/// without one is detached. Actions refer to views by paths: absolute paths are the variable
+/// names from below the root joined with ";", relative paths start with "this" and climb with
+/// "parent".
+class VDModelView : public VDModel {
+    VD_MODEL_CLASS(VDModelView)
+
+    void fillDefaultValues() override;
+    /// `fieldNames` without "constraints" when the constraints are empty.
+    FieldList lightFields() const override;
+    NameList stateAffectedFields() const override;
+    /// `stateAffectedFields` plus "states" and "actions".
+    NameList undoAffectedFields() const;
+    /// "x", "y", "width", "height", "hidden", "constraints".
+    static NameList breakpointAffectedFields();
+
+    // ---- fields
+
+    float x() const { return x_; }
+    void setX(float v) { x_ = v; }
+    float y() const { return y_; }
+    void setY(float v) { y_ = v; }
+    float width() const { return width_; }
+    void setWidth(float v) { width_ = v; }
+    float height() const { return height_; }
+    void setHeight(float v) { height_ = v; }
+    const std::shared_ptr<VDModelColor>& color() const { return color_; }
+    void setColor(std::shared_ptr<VDModelColor> v) { color_ = std::move(v); }
+    const std::shared_ptr<VDModelColor>& borderColor() const { return borderColor_; }
+    void setBorderColor(std::shared_ptr<VDModelColor> v) { borderColor_ = std::move(v); }
+    float borderWidth() const { return borderWidth_; }
+    void setBorderWidth(float v) { borderWidth_ = v; }
+    const std::optional<std::string>& borderPosition() const { return borderPosition_; }
+    void setBorderPosition(std::optional<std::string> v) { borderPosition_ = std::move(v); }
+    float alpha() const { return alpha_; }
+    void setAlpha(float v) { alpha_ = v; }
+    float rotation() const { return rotation_; }
+    void setRotation(float v) { rotation_ = v; }
+    float scale() const { return scale_; }
+    void setScale(float v) { scale_ = v; }
+    bool hidden() const { return hidden_ != 0; }
+    void setHidden(bool v) { hidden_ = v ? 1 : 0; }
+    float cornersRadius() const { return cornersRadius_; }
+    void setCornersRadius(float v) { cornersRadius_ = v; }
+    /// `VDModelView` values, back to front. Lists are replaced, not changed in place: set a new
+    /// array, so the host hears of it.
+    virtual Array subviews() const { return subviews_; }
+    virtual void setSubviews(Array v);
+    /// The view's actions (the action family), stored as given.
+    const Array& actions() const { return actions_; }
+    void setActions(Array v) { actions_ = std::move(v); }
+    const std::shared_ptr<VDModelViewConstraints>& constraints() const { return constraints_; }
+    void setConstraints(std::shared_ptr<VDModelViewConstraints> v) { constraints_ = std::move(v); }
+    const std::optional<std::string>& viewName() const { return viewName_; }
+    void setViewName(std::optional<std::string> v) { viewName_ = std::move(v); }
+    bool userChangedViewName() const { return userChangedViewName_ != 0; }
+    void setUserChangedViewName(bool v) { userChangedViewName_ = v ? 1 : 0; }
+    const Dictionary& defaultData() const { return defaultData_; }
+    void setDefaultData(Dictionary v) { defaultData_ = std::move(v); }
+    const std::optional<std::string>& relatedDataField() const { return relatedDataField_; }
+    void setRelatedDataField(std::optional<std::string> v) { relatedDataField_ = std::move(v); }
+    bool userChangedVarId() const { return userChangedVarId_ != 0; }
+    void setUserChangedVarId(bool v) { userChangedVarId_ = v ? 1 : 0; }
+    bool locked() const { return locked_ != 0; }
+    void setLocked(bool v) { locked_ = v ? 1 : 0; }
+    const std::optional<std::string>& thumbLocalPath() const { return thumbLocalPath_; }
+    void setThumbLocalPath(std::optional<std::string> v) { thumbLocalPath_ = std::move(v); }
+    const std::optional<std::string>& thumbURLString() const { return thumbURLString_; }
+    void setThumbURLString(std::optional<std::string> v) { thumbURLString_ = std::move(v); }
+    const Dictionary& sketchData() const { return sketchData_; }
+    void setSketchData(Dictionary v) { sketchData_ = std::move(v); }
+    const std::optional<std::string>& sketchId() const { return sketchId_; }
+    void setSketchId(std::optional<std::string> v) { sketchId_ = std::move(v); }
+    const Array& frameAsArray() const { return frameAsArray_; }
+    void setFrameAsArray(Array v) { frameAsArray_ = std::move(v); }
+    /// Breakpoint key to a dictionary of the `breakpointAffectedFields` and their values.
+    const Dictionary& breakpoints() const { return breakpoints_; }
+    void setBreakpoints(Dictionary v) { breakpoints_ = std::move(v); }
+    bool maskToBounds() const { return maskToBounds_ != 0; }
+    void setMaskToBounds(bool v) { maskToBounds_ = v ? 1 : 0; }
+    bool isAnchorTarget() const { return isAnchorTarget_ != 0; }
+    void setIsAnchorTarget(bool v) { isAnchorTarget_ = v ? 1 : 0; }
+    bool isForm() const { return isForm_ != 0; }
+    void setIsForm(bool v) { isForm_ = v ? 1 : 0; }
+    /// Stored as a copy of what is set.
+    const std::shared_ptr<VDModelHover>& hover() const { return hover_; }
+    void setHover(std::shared_ptr<VDModelHover> v);
+    /// An animation given in CSS text; stored as a copy of what is set.
+    const std::shared_ptr<VDModel>& enterAnimation() const { return enterAnimation_; }
+    void setEnterAnimation(std::shared_ptr<VDModel> v);
+    const std::optional<std::string>& widgetSnippet() const { return widgetSnippet_; }
+    void setWidgetSnippet(std::optional<std::string> v) { widgetSnippet_ = std::move(v); }
+    bool isFixedPosition() const { return isFixedPosition_ != 0; }
+    void setIsFixedPosition(bool v) { isFixedPosition_ = v ? 1 : 0; }
+    bool loadOnScroll() const { return loadOnScroll_ != 0; }
+    void setLoadOnScroll(bool v) { loadOnScroll_ = v ? 1 : 0; }
+    /// The view's named states; every set stores a new copy of the array.
+    const Array& states() const { return states_; }
+    void setStates(Array v) { states_ = v.copy(); }
+    const VDNumber& isGroup() const { return isGroup_; }
+    void setIsGroup(VDNumber v) { isGroup_ = v; }
+    const std::shared_ptr<VPAnimationExportSettings>& exportSettings() const { return exportSettings_; }
+    void setExportSettings(std::shared_ptr<VPAnimationExportSettings> v) { exportSettings_ = std::move(v); }
+    /// Its presence makes the view a nested component.
+    const std::optional<std::string>& timelineType() const { return timelineType_; }
+    void setTimelineType(std::optional<std::string> v) { timelineType_ = std::move(v); }
+    const std::optional<std::string>& videoURL() const { return videoURL_; }
+    void setVideoURL(std::optional<std::string> v) { videoURL_ = std::move(v); }
+    const std::optional<std::string>& defaultStateName() const { return defaultStateName_; }
+    void setDefaultStateName(std::optional<std::string> v) { defaultStateName_ = std::move(v); }
+    const std::shared_ptr<VDModelViewPadding>& padding() const { return padding_; }
+    void setPadding(std::shared_ptr<VDModelViewPadding> v) { padding_ = std::move(v); }
+    const std::shared_ptr<VDModelFrame>& originalFrame() const { return originalFrame_; }
+    void setOriginalFrame(std::shared_ptr<VDModelFrame> v) { originalFrame_ = std::move(v); }
+    const std::shared_ptr<VDModelSpecsInfo>& specsInfo() const { return specsInfo_; }
+    void setSpecsInfo(std::shared_ptr<VDModelSpecsInfo> v) { specsInfo_ = std::move(v); }
+    const std::optional<std::string>& importedID() const { return importedID_; }
+    void setImportedID(std::optional<std::string> v) { importedID_ = std::move(v); }
+    const std::shared_ptr<VDModel>& componentInstanceData() const { return componentInstanceData_; }
+    void setComponentInstanceData(std::shared_ptr<VDModel> v) { componentInstanceData_ = std::move(v); }
+    const std::shared_ptr<VDModel>& componentMasterData() const { return componentMasterData_; }
+    void setComponentMasterData(std::shared_ptr<VDModel> v) { componentMasterData_ = std::move(v); }
+    const Dictionary& backgroundBlur() const { return backgroundBlur_; }
+    void setBackgroundBlur(Dictionary v) { backgroundBlur_ = std::move(v); }
+
+    // Outside `fieldNames`: neither encoded nor copied.
+
+    /// Reached only through the override mechanism.
+    float rotationX() const { return rotationX_; }
+    void setRotationX(float v) { rotationX_ = v; }
+    float rotationY() const { return rotationY_; }
+    void setRotationY(float v) { rotationY_ = v; }
+    bool selectableNotEditable() const { return selectableNotEditable_ != 0; }
+    void setSelectableNotEditable(bool v) { selectableNotEditable_ = v ? 1 : 0; }
+    std::shared_ptr<VDModelViewRelatedUIElement> relatedUIElement() const { return relatedUIElement_.lock(); }
+    /// Also enters the element in `allRelatedUIElements`.
+    void setRelatedUIElement(const std::shared_ptr<VDModelViewRelatedUIElement>& element);
+    /// Every counterpart the view has had on the host's side, held weakly; made at first read.
+    VDWeakMutableSet& allRelatedUIElements();
+    /// The state the view is showing.
+    std::shared_ptr<VDModel> relatedState() const { return relatedState_.lock(); }
+    void setRelatedState(const std::shared_ptr<VDModel>& state) { relatedState_ = state; }
+
+    // ---- behaviour that kinds of view change
+
+    virtual bool supportsHiding() const { return true; }
+    virtual bool builderShouldGenerateSubviews() const { return true; }
+    virtual bool resizableWidth() const { return true; }
+    virtual bool resizableHeight() const { return true; }
+    /// Views that stand for data-driven repeats; nil here.
+    virtual Array subviewsPrototypes() const { return Array(); }
+    /// The children a tree of the document shows; the `subviews` here.
+    virtual Array subviewsForTreeView() const { return subviews(); }
+
+    // ---- hierarchy
+
+    /// removeSubview: — a copy of `subviews` without every element equal to the view.
+    virtual void removeSubview(const VDModelView& view);
+    /// Installs a new blank constraint set.
+    void clearConstraints();
+    /// Passes itself on to the parent, up to the root; classes override it to react.
+    virtual void subviewDidUpdate();
+    /// The parent through `relatedUIElement`; nullptr when detached or a root.
+    std::shared_ptr<VDModelView> parentView() const;
+    /// Variable name to the subview's own tree; a leaf gives an empty dictionary. Every subview
+    /// must have a variable name: a nil one throws `std::invalid_argument`.
+    Dictionary hierarchyTree() const;
+    /// Every descendant with a `timelineType`, depth first; the walk goes on below them.
+    Array nestedComponents() const;
+    /// actionWithName: — the first action with that name, or nullptr.
+    std::shared_ptr<VDModel> actionWithName(std::string_view name) const;
+    /// enumerateActionsWithBlock: — every action of every view that `fieldNames` leads to.
+    void enumerateActionsWithBlock(const std::function<void(VDModelView& view, VDModel& action)>& block);
+    /// This view or a descendant presents a screen with automatic animation.
+    bool hasAutoAnimateAction() const;
+
+    // ---- paths
+
+    /// The variable names from below the root down to this view, joined with ";"; empty when
+    /// detached or a root.
+    std::string viewPath() const;
+    /// relativePathToModel: — "this", a "parent" for each level up, then the names down.
+    std::string relativePathToModel(const VDModelView& other) const;
+    /// modelWithRelativePath: — the view a relative path names from here, or nullptr.
+    std::shared_ptr<VDModelView> modelWithRelativePath(std::string_view path);
+    /// modelWithRelativePathComponents:
+    std::shared_ptr<VDModelView> modelWithRelativePathComponents(const std::vector<std::string>& components,
+                                                                 std::size_t from = 0);
+    /// relativeToAbsolutePath: — on a root the result starts with the delimiter (";header"), as
+    /// the root's empty path is one empty component. More "parent"s than levels throws
+    /// `std::out_of_range`.
+    std::string relativeToAbsolutePath(std::string_view relativePath) const;
+    /// fixedRelativePath:onAbsolutePathChangeFrom:forModel: — a path held here, rewritten for a
+    /// view whose absolute path was `oldAbsolutePath`.
+    std::string fixedRelativePath(const std::string& relativePath, const std::string& oldAbsolutePath,
+                                  const VDModelView& movedView) const;
+    /// updateActionsRelativePathsRecursiveForModel:oldAbsolutePath: — on the root, after a view's
+    /// absolute path changed: every action below rewrites its paths.
+    void updateActionsRelativePathsRecursiveForModel(const VDModelView& movedView,
+                                                     const std::string& oldAbsolutePath);
+    /// A rename keeps every action's relative paths right when the view is attached.
+    void setVariableID(std::optional<std::string> variableID) override;
+    /// Paths made of `modelID`s (not variable names) to views; the view itself isn't in it.
+    Dictionary subviewsByPath() const;
+    /// fillSubviewsPathInMap:withPrefix:
+    void fillSubviewsPathInMap(Dictionary& map, const std::string& prefix) const;
+
+    // ---- z-order and breakpoints
+
+    /// changeZPositionBy:container: — moves the view within the container's subviews, clamped
+    /// to both ends, and tells the container's element.
+    void changeZPositionBy(std::int32_t delta, VDModelView* container);
+    /// addBreakpoint: — the entry of the key, created empty when missing; the same dictionary
+    /// on every call.
+    Dictionary addBreakpoint(std::string_view key);
+    /// removeBreakpoint:recursive: — removing the last entry leaves `breakpoints` nil.
+    virtual void removeBreakpoint(std::string_view key, bool recursive);
+
+    // ---- other
+
+    /// "[%p] <%@> %@": address, class name, `viewName`.
+    std::string description() const override;
+    /// clearOverrides on the view, then on each subview, depth first.
+    void clearOverridesRecursive();
+    void postViewDeletedNotification();
+    /// Posts as the base class does, then climbs through `subviewDidUpdate`.
+    void postUpdateNotification() override;
+
+private:
+    float x_ = 0, y_ = 0, width_ = 0, height_ = 0;
+    std::shared_ptr<VDModelColor> color_;
+    std::shared_ptr<VDModelColor> borderColor_;
+    float borderWidth_ = 0;
+    std::optional<std::string> borderPosition_;
+    float alpha_ = 0, rotation_ = 0, scale_ = 0;
+    std::uint8_t hidden_ = 0;
+    float cornersRadius_ = 0;
+    Array subviews_;
+    Array actions_;
+    std::shared_ptr<VDModelViewConstraints> constraints_;
+    std::optional<std::string> viewName_;
+    std::uint8_t userChangedViewName_ = 0;
+    Dictionary defaultData_;
+    std::optional<std::string> relatedDataField_;
+    std::uint8_t userChangedVarId_ = 0;
+    std::uint8_t locked_ = 0;
+    std::optional<std::string> thumbLocalPath_;
+    std::optional<std::string> thumbURLString_;
+    Dictionary sketchData_;
+    std::optional<std::string> sketchId_;
+    Array frameAsArray_;
+    Dictionary breakpoints_;
+    std::uint8_t maskToBounds_ = 0;
+    std::uint8_t isAnchorTarget_ = 0;
+    std::uint8_t isForm_ = 0;
+    std::shared_ptr<VDModelHover> hover_;
+    std::shared_ptr<VDModel> enterAnimation_;
+    std::optional<std::string> widgetSnippet_;
+    std::uint8_t isFixedPosition_ = 0;
+    std::uint8_t loadOnScroll_ = 0;
+    Array states_;
+    VDNumber isGroup_;
+    std::shared_ptr<VPAnimationExportSettings> exportSettings_;
+    std::optional<std::string> timelineType_;
+    std::optional<std::string> videoURL_;
+    std::optional<std::string> defaultStateName_;
+    std::shared_ptr<VDModelViewPadding> padding_;
+    std::shared_ptr<VDModelFrame> originalFrame_;
+    std::shared_ptr<VDModelSpecsInfo> specsInfo_;
+    std::optional<std::string> importedID_;
+    std::shared_ptr<VDModel> componentInstanceData_;
+    std::shared_ptr<VDModel> componentMasterData_;
+    Dictionary backgroundBlur_;
+
+    float rotationX_ = 0, rotationY_ = 0;
+    std::uint8_t selectableNotEditable_ = 0;
+    std::weak_ptr<VDModelViewRelatedUIElement> relatedUIElement_;
+    std::unique_ptr<VDWeakMutableSet> allRelatedUIElements_;
+    std::weak_ptr<VDModel> relatedState_;
+};
+
+} // namespace velmo
