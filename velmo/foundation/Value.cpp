@@ -778,6 +778,10 @@ Dictionary::Dictionary(const Dictionary& other) noexcept : rep_(other.rep_) {
     if (rep_) rep_->refs.fetch_add(1, std::memory_order_relaxed);
 }
 
+bool Dictionary::isUniquelyReferenced() const noexcept {
+    return rep_ && rep_->refs.load(std::memory_order_acquire) == 1;
+}
+
 Dictionary::~Dictionary() {
     if (rep_ && rep_->refs.fetch_sub(1, std::memory_order_acq_rel) == 1) delete rep_;
 }

@@ -297,6 +297,9 @@ public:
     Dictionary copy() const;
     Dictionary deepCopy() const;
     bool sameAs(const Dictionary& other) const noexcept { return rep_ == other.rep_; }
+    /// True when this handle is the container's only one, so a change in place is seen by no
+    /// other holder: a copy made only to be replaced can be skipped.
+    bool isUniquelyReferenced() const noexcept;
     friend bool operator==(const Dictionary& a, const Dictionary& b) noexcept;
 
 private:

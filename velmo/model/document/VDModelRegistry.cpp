@@ -1,5 +1,6 @@
 #include "velmo/model/core/VDModelRegistry.h"
 
+#include "velmo/model/interaction/VDModelViewState.h"
 #include "velmo/model/records/VDModelBar.h"
 #include "velmo/model/records/VDModelBorder.h"
 #include "velmo/model/records/VDModelColor.h"
@@ -46,6 +47,7 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelPoint::classObject(),
         &VDModelTheme::classObject(),
         &VPAnimationExportSettings::classObject(),
+        &VDModelViewState::classObject(),
     };
 }
 

@@ -20,6 +20,11 @@ public:
     virtual void updateRelativePathsWithBlock(const PathBlock& block) = 0;
     /// True for a screen presentation whose `autoAnimate` is set.
     virtual bool hasAutoAnimate() const { return false; }
+    /// A state of the owning view was renamed: the state names the action holds follow.
+    virtual void refactorStateName(const std::string& oldName, const std::string& newName) {
+        (void)oldName;
+        (void)newName;
+    }
 };
 
 } // namespace velmo

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "velmo/foundation/NotificationCenter.h"
+#include "velmo/model/view/VDModelViewPathIndex.h"
 
 namespace velmo {
 
@@ -291,26 +292,25 @@ std::string VDModelView::relativePathToModel(const VDModelView& other) const {
     return join(parts);
 }
 
-std::shared_ptr<VDModelView> VDModelView::modelWithRelativePath(std::string_view path) {
-    return modelWithRelativePathComponents(split(path));
+std::shared_ptr<VDModelView> VDModelView::modelWithRelativePath(std::string_view path,
+                                                                VDModelViewPathIndex* index) {
+    return modelWithRelativePathComponents(split(path), 0, index);
 }
 
 std::shared_ptr<VDModelView>
-VDModelView::modelWithRelativePathComponents(const std::vector<std::string>& components, std::size_t from) {
+VDModelView::modelWithRelativePathComponents(const std::vector<std::string>& components, std::size_t from,
+                                             VDModelViewPathIndex* index) {
     auto self = std::static_pointer_cast<VDModelView>(sharedFromThis());
     if (from >= components.size() || components[from].empty()) return self;
     const std::string& head = components[from];
-    if (head == "this") return modelWithRelativePathComponents(components, from + 1);
+    if (head == "this") return modelWithRelativePathComponents(components, from + 1, index);
     if (head == "parent") {
         auto parent = parentView();
-        return parent ? parent->modelWithRelativePathComponents(components, from + 1) : nullptr;
+        return parent ? parent->modelWithRelativePathComponents(components, from + 1, index) : nullptr;
     }
-    for (const Value& v : subviews()) {
-        auto sub = v.objectAs<VDModelView>();
-        if (sub && sub->variableID() == head)
-            return sub->modelWithRelativePathComponents(components, from + 1);
-    }
-    return nullptr;
+    auto sub =
+        index ? index->subviewNamed(*this, head) : VDModelViewPathIndex::searchSubviewNamed(*this, head);
+    return sub ? sub->modelWithRelativePathComponents(components, from + 1, index) : nullptr;
 }
 
 std::string VDModelView::relativeToAbsolutePath(std::string_view relativePath) const {

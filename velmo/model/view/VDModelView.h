@@ -30,6 +30,9 @@ inline constexpr const char* kModelViewDeletedNotification = "kModelViewDeletedN
 /// without one is detached. Actions refer to views by paths: absolute paths are the variable
 /// names from below the root joined with ";", relative paths start with "this" and climb with
 /// "parent".
+class VDModelViewPathIndex;
+class VDModelViewState;
+
 class VDModelView : public VDModel {
     VD_MODEL_CLASS(VDModelView)
 
@@ -122,9 +125,10 @@ class VDModelView : public VDModel {
     void setIsFixedPosition(bool v) { isFixedPosition_ = v ? 1 : 0; }
     bool loadOnScroll() const { return loadOnScroll_ != 0; }
     void setLoadOnScroll(bool v) { loadOnScroll_ = v ? 1 : 0; }
-    /// The view's named states; every set stores a new copy of the array.
+    /// The view's `VDModelViewState`s in order of creation; every set stores a new copy of the
+    /// array, without elements that aren't states.
     const Array& states() const { return states_; }
-    void setStates(Array v) { states_ = v.copy(); }
+    void setStates(Array v);
     const VDNumber& isGroup() const { return isGroup_; }
     void setIsGroup(VDNumber v) { isGroup_ = v; }
     const std::shared_ptr<VPAnimationExportSettings>& exportSettings() const { return exportSettings_; }
@@ -165,9 +169,9 @@ class VDModelView : public VDModel {
     void setRelatedUIElement(const std::shared_ptr<VDModelViewRelatedUIElement>& element);
     /// Every counterpart the view has had on the host's side, held weakly; made at first read.
     VDWeakMutableSet& allRelatedUIElements();
-    /// The state the view is showing.
-    std::shared_ptr<VDModel> relatedState() const { return relatedState_.lock(); }
-    void setRelatedState(const std::shared_ptr<VDModel>& state) { relatedState_ = state; }
+    /// The state the view is showing, set by the host; the library only keeps it.
+    std::shared_ptr<VDModelViewState> relatedState() const { return relatedState_.lock(); }
+    void setRelatedState(const std::shared_ptr<VDModelViewState>& state) { relatedState_ = state; }
 
     // ---- behaviour that kinds of view change
 
@@ -209,11 +213,15 @@ class VDModelView : public VDModel {
     std::string viewPath() const;
     /// relativePathToModel: — "this", a "parent" for each level up, then the names down.
     std::string relativePathToModel(const VDModelView& other) const;
-    /// modelWithRelativePath: — the view a relative path names from here, or nullptr.
-    std::shared_ptr<VDModelView> modelWithRelativePath(std::string_view path);
+    /// modelWithRelativePath: — the view a relative path names from here, or nullptr. A pass
+    /// that resolves many paths in one tree passes an index, so large parents aren't searched
+    /// once per path.
+    std::shared_ptr<VDModelView> modelWithRelativePath(std::string_view path,
+                                                       VDModelViewPathIndex* index = nullptr);
     /// modelWithRelativePathComponents:
     std::shared_ptr<VDModelView> modelWithRelativePathComponents(const std::vector<std::string>& components,
-                                                                 std::size_t from = 0);
+                                                                 std::size_t from = 0,
+                                                                 VDModelViewPathIndex* index = nullptr);
     /// relativeToAbsolutePath: — on a root the result starts with the delimiter (";header"), as
     /// the root's empty path is one empty component. More "parent"s than levels throws
     /// `std::out_of_range`.
@@ -243,6 +251,30 @@ class VDModelView : public VDModel {
     Dictionary addBreakpoint(std::string_view key);
     /// removeBreakpoint:recursive: — removing the last entry leaves `breakpoints` nil.
     virtual void removeBreakpoint(std::string_view key, bool recursive);
+
+    // ---- states: defined with the states themselves, a layer above the view
+
+    /// applyModelState: — writes the state's values into the permanent fields of the subtree
+    /// (models copied first, so tree and state never share one). Saves nothing, posts nothing.
+    void applyModelState(const VDModelViewState& state);
+    /// reverseStateWithOriginalModel: — makes the subtree equal to the original's; the view's own
+    /// fields stay.
+    void reverseStateWithOriginalModel(VDModelView& original);
+    /// generateUniqueStateName: — `base` (nil reads as "keyframe") with the first number from 1
+    /// that no state's name has.
+    std::string generateUniqueStateName(const std::optional<std::string>& base) const;
+    /// addStateWithSuggestedName: — a new, empty state with a unique name, added by `addState`.
+    std::shared_ptr<VDModelViewState> addStateWithSuggestedName(const std::optional<std::string>& name);
+    /// Appends the state, then posts the update (which climbs to the root), then
+    /// "kTimelineStateAdded", in that order.
+    void addState(const std::shared_ptr<VDModelViewState>& state);
+    /// stateNamed: — the first state of the name; nothing for an empty name.
+    std::shared_ptr<VDModelViewState> stateNamed(std::string_view name) const;
+    /// `stateNamed` of `defaultStateName`.
+    std::shared_ptr<VDModelViewState> defaultState() const;
+    /// refactorStateNameFrom:to: — renames the state and every reference to it held by the
+    /// view's actions and `defaultStateName`. Posts nothing.
+    void refactorStateNameFrom(const std::string& oldName, const std::string& newName);
 
     // ---- other
 
@@ -304,7 +336,7 @@ private:
     std::uint8_t selectableNotEditable_ = 0;
     std::weak_ptr<VDModelViewRelatedUIElement> relatedUIElement_;
     std::unique_ptr<VDWeakMutableSet> allRelatedUIElements_;
-    std::weak_ptr<VDModel> relatedState_;
+    std::weak_ptr<VDModelViewState> relatedState_;
 };
 
 } // namespace velmo
