@@ -4,6 +4,8 @@
 #include "velmo/foundation/Json.h"
 #include "velmo/foundation/UserDefaults.h"
 #include "velmo/model/core/VDModelDecoder.h"
+#include "velmo/model/records/VDModelAnimationWeb.h"
+#include "velmo/model/records/VDModelAutoAnimate.h"
 #include "velmo/model/records/VDModelBar.h"
 #include "velmo/model/records/VDModelBorder.h"
 #include "velmo/model/records/VDModelColor.h"
@@ -18,6 +20,7 @@
 #include "velmo/model/records/VDModelTheme.h"
 #include "velmo/model/records/VPAnimationExportSettings.h"
 #include "velmo/model/values/ColorExtensions.h"
+#include "velmo/model/view/VDModelView.h"
 #include "velmo/model/view/VDModelViewConstraints.h"
 #include "velmo/model/view/VDModelViewPadding.h"
 
@@ -56,6 +59,8 @@ TEST(VDModelRecords, BaseFieldsAndIdentifiersPerClass) {
         {VPAnimationExportSettings::create(), true, "vPAnimationExportSettings_"},
         {VDModelConstraint::create(), false, nullptr},
         {VDModelViewConstraints::create(), false, nullptr},
+        {VDModelAnimationWeb::create(), true, "animationWeb_"},
+        {VDModelAutoAnimate::create(), true, "autoAnimate_"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.model->modelClass().name());
@@ -250,4 +255,22 @@ TEST(ColorExtensions, PlatformColourForms) {
     auto model = modelColor(PlatformColor::gray(0.25, 0.5));
     EXPECT_TRUE(model->isEqual(*VDModelColor::colorWithRed(0.25f, 0.25f, 0.25f, 0.5f)));
     EXPECT_EQ(colorFromModelColor(*model), PlatformColor::rgb(0.25, 0.25, 0.25, 0.5));
+}
+
+TEST(VDModelRecords, ViewEnterAnimationIsACopyOfAnAnimationRecord) {
+    auto view = decodeAs<VDModelView>(R"({"model_class":"VDModelView",
+        "enterAnimation":{"model_class":"VDModelAnimationWeb","name":"fade","duration":0.3}})");
+    ASSERT_TRUE(view && view->enterAnimation());
+    EXPECT_EQ(view->enterAnimation()->name(), "fade");
+    EXPECT_EQ(view->enterAnimation()->duration(), 0.3f);
+
+    auto wrongClass = decodeAs<VDModelView>(
+        R"({"model_class":"VDModelView","enterAnimation":{"model_class":"VDModelColor"}})");
+    ASSERT_TRUE(wrongClass);
+    EXPECT_FALSE(wrongClass->enterAnimation()) << "only an animation record fits the field";
+
+    auto animation = VDModelAnimationWeb::create();
+    view->setEnterAnimation(animation);
+    EXPECT_NE(view->enterAnimation(), animation);
+    EXPECT_TRUE(view->enterAnimation()->isEqual(*animation));
 }

@@ -1,6 +1,10 @@
 #include "velmo/model/core/VDModelRegistry.h"
 
+#include "velmo/model/interaction/VDModelAnimation.h"
+#include "velmo/model/interaction/VDModelAnimationTimeline.h"
 #include "velmo/model/interaction/VDModelViewState.h"
+#include "velmo/model/records/VDModelAnimationWeb.h"
+#include "velmo/model/records/VDModelAutoAnimate.h"
 #include "velmo/model/records/VDModelBar.h"
 #include "velmo/model/records/VDModelBorder.h"
 #include "velmo/model/records/VDModelColor.h"
@@ -37,6 +41,10 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelSpecsInfo::classObject(),
         // Every other model class.
         &VDModel::classObject(),
+        &VDModelAnimation::classObject(),
+        &VDModelAnimationTimeline::classObject(),
+        &VDModelAnimationWeb::classObject(),
+        &VDModelAutoAnimate::classObject(),
         &VDModelBar::classObject(),
         &VDModelColor::classObject(),
         &VDModelDataList::classObject(),

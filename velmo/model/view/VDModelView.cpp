@@ -137,8 +137,8 @@ void VDModelView::setHover(std::shared_ptr<VDModelHover> v) {
     hover_ = v ? modelCopy(v) : nullptr;
 }
 
-void VDModelView::setEnterAnimation(std::shared_ptr<VDModel> v) {
-    enterAnimation_ = v ? v->copy() : nullptr;
+void VDModelView::setEnterAnimation(std::shared_ptr<VDModelAnimationWeb> v) {
+    enterAnimation_ = v ? modelCopy(v) : nullptr;
 }
 
 // ---------------------------------------------------------------- hierarchy

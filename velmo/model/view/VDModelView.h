@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "velmo/model/records/VDModelAnimationWeb.h"
 #include "velmo/model/records/VDModelColor.h"
 #include "velmo/model/records/VDModelFrame.h"
 #include "velmo/model/records/VDModelHover.h"
@@ -117,8 +118,8 @@ class VDModelView : public VDModel {
     const std::shared_ptr<VDModelHover>& hover() const { return hover_; }
     void setHover(std::shared_ptr<VDModelHover> v);
     /// An animation given in CSS text; stored as a copy of what is set.
-    const std::shared_ptr<VDModel>& enterAnimation() const { return enterAnimation_; }
-    void setEnterAnimation(std::shared_ptr<VDModel> v);
+    const std::shared_ptr<VDModelAnimationWeb>& enterAnimation() const { return enterAnimation_; }
+    void setEnterAnimation(std::shared_ptr<VDModelAnimationWeb> v);
     const std::optional<std::string>& widgetSnippet() const { return widgetSnippet_; }
     void setWidgetSnippet(std::optional<std::string> v) { widgetSnippet_ = std::move(v); }
     bool isFixedPosition() const { return isFixedPosition_ != 0; }
@@ -314,7 +315,7 @@ private:
     std::uint8_t isAnchorTarget_ = 0;
     std::uint8_t isForm_ = 0;
     std::shared_ptr<VDModelHover> hover_;
-    std::shared_ptr<VDModel> enterAnimation_;
+    std::shared_ptr<VDModelAnimationWeb> enterAnimation_;
     std::optional<std::string> widgetSnippet_;
     std::uint8_t isFixedPosition_ = 0;
     std::uint8_t loadOnScroll_ = 0;
