@@ -1,0 +1,95 @@
+// A view state's change set on a view with many descendants, a tenth of which the state moves:
+// the full recording, the update for one changed view, and applying the result. Each should cost
+// in proportion to what it touches: the first and last to the tree, the second to the one view.
+#include <benchmark/benchmark.h>
+
+#include <deque>
+#include <string>
+
+#include "velmo/host/VVHostTree.h"
+#include "velmo/model/core/VDModelDecoder.h"
+#include "velmo/model/interaction/VDModelViewState.h"
+#include "velmo/model/view/VDModelView.h"
+
+namespace {
+
+using namespace velmo;
+
+// `descendants` views below the owner, ten subviews to a parent, filled level by level.
+std::shared_ptr<VDModelView> tree(std::size_t descendants) {
+    auto owner = VDModelView::create();
+    owner->setVariableID("owner");
+    std::deque<std::shared_ptr<VDModelView>> open{owner};
+    std::size_t made = 0;
+    while (made < descendants) {
+        auto parent = open.front();
+        open.pop_front();
+        Array subviews = Array::create(10);
+        for (int i = 0; i < 10 && made < descendants; ++i, ++made) {
+            auto sub = VDModelView::create();
+            sub->setVariableID("v" + std::to_string(made));
+            subviews.push_back(Value(sub));
+            open.push_back(sub);
+        }
+        parent->setSubviews(subviews);
+    }
+    return owner;
+}
+
+// The document's tree, the same tree as the state shows it (every tenth view moved) and their
+// hosts, so paths between views can be taken.
+struct Fixture {
+    explicit Fixture(std::size_t descendants) : original(tree(descendants)), shaped(modelCopy(original)) {
+        VDModelDecoder::sharedInstance();
+        std::size_t n = 0;
+        moveEveryTenth(*shaped, n);
+        originalHost = VVHostTree::attach(original);
+        shapedHost = VVHostTree::attach(shaped);
+        state->updateWithOriginalModel(*original, *shaped);
+    }
+
+    void moveEveryTenth(VDModelView& view, std::size_t& n) {
+        for (const Value& v : view.subviews()) {
+            auto sub = v.objectAs<VDModelView>();
+            if (n++ % 10 == 0) {
+                sub->setX(sub->x() + 5);
+                lastMoved = sub;
+            }
+            moveEveryTenth(*sub, n);
+        }
+    }
+
+    std::shared_ptr<VDModelView> original, shaped, lastMoved;
+    std::shared_ptr<VVHostTree> originalHost, shapedHost;
+    std::shared_ptr<VDModelViewState> state = VDModelViewState::create();
+};
+
+void BM_FullUpdate(benchmark::State& s) {
+    Fixture f(static_cast<std::size_t>(s.range(0)));
+    for (auto _ : s)
+        f.state->updateWithOriginalModel(*f.original, *f.shaped);
+    s.counters["paths"] = static_cast<double>(f.state->overrides().size());
+}
+
+void BM_IncrementalUpdateOfOneView(benchmark::State& s) {
+    Fixture f(static_cast<std::size_t>(s.range(0)));
+    float x = f.lastMoved->x();
+    for (auto _ : s) {
+        // A new position each time, so the view's entry changes but its size doesn't.
+        f.lastMoved->setX(x += 1);
+        f.state->updateWithOriginalModel(*f.original, *f.shaped, *f.lastMoved);
+    }
+}
+
+void BM_ApplyModelState(benchmark::State& s) {
+    Fixture f(static_cast<std::size_t>(s.range(0)));
+    for (auto _ : s)
+        f.original->applyModelState(*f.state);
+}
+
+} // namespace
+
+BENCHMARK(BM_FullUpdate)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_IncrementalUpdateOfOneView)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_ApplyModelState)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
+BENCHMARK_MAIN();
