@@ -1,16 +1,14 @@
 // velmo tree FILE [--json]: decode a document, attach the host's view tree, and print the views.
 #include <cstdio>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include <fmt/format.h>
 
 #include "Commands.h"
 #include "DocumentInput.h"
+#include "ModelSummary.h"
 #include "velmo/foundation/Json.h"
 #include "velmo/host/VVHostTree.h"
-#include "velmo/model/interaction/VDModelViewState.h"
 
 namespace velmo::cli {
 
@@ -20,24 +18,12 @@ std::string frameText(const VDModelView& view) {
     return fmt::format("({:g}, {:g}, {:g}x{:g})", view.x(), view.y(), view.width(), view.height());
 }
 
-// Each state with the number of paths its change set touches: "hover (3 paths)".
-std::vector<std::pair<std::string, std::size_t>> statesOf(const VDModelView& view) {
-    std::vector<std::pair<std::string, std::size_t>> out;
-    for (const Value& v : view.states()) {
-        if (const auto state = v.objectAs<VDModelViewState>())
-            out.emplace_back(state->name().value_or(""), state->overrides().size());
-    }
-    return out;
-}
-
 void printView(const VDModelView& view, int depth) {
     const std::string path = view.viewPath();
     fmt::print("{:{}}{} {} \"{}\" {} path=\"{}\"\n", "", depth * 2, view.modelClass().name(),
                view.variableID().value_or("-"), view.viewName().value_or(""), frameText(view), path);
-    for (const auto& [name, paths] : statesOf(view)) {
-        fmt::print("{:{}}  state \"{}\" ({} {})\n", "", depth * 2, name, paths,
-                   paths == 1 ? "path" : "paths");
-    }
+    for (const std::string& line : summaryLines(view))
+        fmt::print("{:{}}  {}\n", "", depth * 2, line);
     for (const Value& v : view.subviews()) {
         if (auto sub = v.objectAs<VDModelView>()) printView(*sub, depth + 1);
     }
@@ -48,17 +34,14 @@ Value viewJson(const VDModelView& view) {
     for (const Value& v : view.subviews()) {
         if (auto sub = v.objectAs<VDModelView>()) subviews.push_back(viewJson(*sub));
     }
-    Array states = Array::create();
-    for (const auto& [name, paths] : statesOf(view))
-        states.push_back(
-            Value(Dictionary{{"name", Value(name)}, {"paths", Value(static_cast<std::int64_t>(paths))}}));
     return Value(Dictionary{
         {"class", Value(view.modelClass().name())},
         {"variableID", view.variableID() ? Value(*view.variableID()) : Value::null()},
         {"viewName", view.viewName() ? Value(*view.viewName()) : Value::null()},
         {"frame", Value(Array{Value(view.x()), Value(view.y()), Value(view.width()), Value(view.height())})},
         {"path", Value(view.viewPath())},
-        {"states", Value(states)},
+        {"states", Value(describeStates(view))},
+        {"actions", Value(describeActions(view))},
         {"subviews", Value(subviews)},
     });
 }

@@ -452,6 +452,11 @@ std::shared_ptr<Object> Value::object() const noexcept {
     return repAs<detail::ObjectRep>(rep())->object;
 }
 
+const Object* Value::objectPointer() const noexcept {
+    if (!isObject()) return nullptr;
+    return repAs<detail::ObjectRep>(rep())->object.get();
+}
+
 // ---------------------------------------------------------------- Value: equality, copies, text
 
 namespace {

@@ -137,6 +137,9 @@ public:
     Dictionary dictionary() const noexcept;
 
     std::shared_ptr<Object> object() const noexcept;
+    /// The object without taking a reference, for look-ups that only read while the value
+    /// holds it; nullptr for other kinds.
+    const Object* objectPointer() const noexcept;
     template <class T> std::shared_ptr<T> objectAs() const noexcept {
         return std::dynamic_pointer_cast<T>(object());
     }

@@ -17,6 +17,7 @@ using namespace velmo;
 
 // `descendants` views below the owner, ten subviews to a parent, filled level by level.
 std::shared_ptr<VDModelView> tree(std::size_t descendants) {
+    VDModelDecoder::sharedInstance(); // copies decode through it
     auto owner = VDModelView::create();
     owner->setVariableID("owner");
     std::deque<std::shared_ptr<VDModelView>> open{owner};
@@ -40,7 +41,6 @@ std::shared_ptr<VDModelView> tree(std::size_t descendants) {
 // hosts, so paths between views can be taken.
 struct Fixture {
     explicit Fixture(std::size_t descendants) : original(tree(descendants)), shaped(modelCopy(original)) {
-        VDModelDecoder::sharedInstance();
         std::size_t n = 0;
         moveEveryTenth(*shaped, n);
         originalHost = VVHostTree::attach(original);

@@ -5,38 +5,14 @@
 #include "velmo/foundation/NotificationCenter.h"
 #include "velmo/host/VVHostTree.h"
 #include "velmo/model/core/VDModelDecoder.h"
+#include "velmo/model/interaction/VDModelActionCallAction.h"
+#include "velmo/model/interaction/VDModelActionPresentScreen.h"
+#include "velmo/model/interaction/VDModelActionReference.h"
 #include "velmo/model/view/VDModelView.h"
 
 using namespace velmo;
 
 namespace {
-
-// An action of the tests: a name and one relative path, as the action family keeps them.
-class VDModelTestPathAction : public VDModel, public VDModelActionPaths {
-    VD_MODEL_CLASS(VDModelTestPathAction)
-
-    const std::optional<std::string>& name() const override { return name_; }
-    void setName(std::optional<std::string> v) { name_ = std::move(v); }
-    const std::optional<std::string>& target() const { return target_; }
-    void setTarget(std::optional<std::string> v) { target_ = std::move(v); }
-    void updateRelativePathsWithBlock(const PathBlock& block) override {
-        if (target_) target_ = block(*target_);
-    }
-    bool hasAutoAnimate() const override { return autoAnimate; }
-    bool autoAnimate = false;
-
-private:
-    std::optional<std::string> name_, target_;
-};
-
-const VDModelClass& VDModelTestPathAction::classObject() {
-    using C = VDModelTestPathAction;
-    static const VDModelClass cls(
-        "VDModelTestPathAction", &VDModel::classObject(),
-        [] { return std::static_pointer_cast<Object>(create()); },
-        {field<&C::name, &C::setName>("name"), field<&C::target, &C::setTarget>("target")});
-    return cls;
-}
 
 // A view that counts what climbs through it.
 class VDModelTestCountingView : public VDModelView {
@@ -64,10 +40,13 @@ std::shared_ptr<VDModelView> view(const char* name, std::vector<std::shared_ptr<
     return v;
 }
 
-std::shared_ptr<VDModelTestPathAction> action(const char* name, const char* target) {
-    auto a = VDModelTestPathAction::create();
+// An action that keeps one relative path: a call of another view's action.
+std::shared_ptr<VDModelActionCallAction> action(const char* name, const char* target) {
+    auto a = VDModelActionCallAction::create();
     a->setName(name);
-    a->setTarget(target);
+    auto ref = VDModelActionReference::create();
+    ref->setViewModelPath(target);
+    a->setActionRefs(Array{Value(ref)});
     return a;
 }
 
@@ -187,7 +166,12 @@ TEST_F(VDModelViewFixture, RenamesReachEveryActionPath) {
                           Value(action("other", "this;parent;bb"))});
     t.g->setActions(Array{Value(action("far", "this;parent;parent;a;b;e"))});
     t.b->setVariableID("d");
-    const auto target = [](const Value& v) { return *v.objectAs<VDModelTestPathAction>()->target(); };
+    const auto target = [](const Value& v) {
+        return *v.objectAs<VDModelActionCallAction>()
+                    ->actionRefs()[0]
+                    .objectAs<VDModelActionReference>()
+                    ->viewModelPath();
+    };
     EXPECT_EQ(target(t.c->actions()[0]), "this;parent;d;e");
     EXPECT_EQ(target(t.c->actions()[1]), "this;parent;d");
     EXPECT_EQ(target(t.c->actions()[2]), "this;parent;bb") << "a name that only starts alike is left";
@@ -198,7 +182,7 @@ TEST_F(VDModelViewFixture, RenamesReachEveryActionPath) {
     detached->setActions(Array{Value(action("x", "this;parent;b"))});
     detached->setVariableID("renamed");
     EXPECT_EQ(target(detached->actions()[0]), "this;parent;b") << "a detached view only renames";
-    EXPECT_EQ(t.c->actionWithName("toB"), t.c->actions()[1].objectAs<VDModel>());
+    EXPECT_EQ(t.c->actionWithName("toB"), t.c->actions()[1].objectAs<VDModelAction>());
     EXPECT_FALSE(t.c->actionWithName("missing"));
 }
 
@@ -282,12 +266,15 @@ TEST_F(VDModelViewFixture, TreeWalks) {
     t.e->setActions(Array{Value(action("one", "this"))});
     t.root->setActions(Array{Value(action("two", "this"))});
     std::vector<std::string> seen;
-    t.root->enumerateActionsWithBlock([&](VDModelView& v, VDModel& a) {
-        seen.push_back(v.variableID().value_or("") + ":" + *dynamic_cast<VDModelTestPathAction&>(a).name());
+    t.root->enumerateActionsWithBlock([&](VDModelView& v, VDModelAction& a) {
+        seen.push_back(v.variableID().value_or("") + ":" + *a.name());
     });
     EXPECT_EQ(seen, (std::vector<std::string>{"root:two", "e:one"}));
     EXPECT_FALSE(t.root->hasAutoAnimateAction());
-    t.e->actions()[0].objectAs<VDModelTestPathAction>()->autoAnimate = true;
+    auto open = VDModelActionPresentScreen::create();
+    t.e->setActions(Array{Value(open)});
+    EXPECT_FALSE(t.root->hasAutoAnimateAction());
+    open->setAutoAnimate(VDModelAutoAnimate::create());
     EXPECT_TRUE(t.root->hasAutoAnimateAction());
 }
 

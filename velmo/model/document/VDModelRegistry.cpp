@@ -1,7 +1,16 @@
 #include "velmo/model/core/VDModelRegistry.h"
 
+#include "velmo/model/interaction/VDModelAction.h"
+#include "velmo/model/interaction/VDModelActionCallAction.h"
+#include "velmo/model/interaction/VDModelActionDismissScreen.h"
+#include "velmo/model/interaction/VDModelActionPresentScreen.h"
+#include "velmo/model/interaction/VDModelActionReference.h"
+#include "velmo/model/interaction/VDModelActionScriptAnimation.h"
+#include "velmo/model/interaction/VDModelActionSelectTab.h"
 #include "velmo/model/interaction/VDModelAnimation.h"
 #include "velmo/model/interaction/VDModelAnimationTimeline.h"
+#include "velmo/model/interaction/VDModelEventListener.h"
+#include "velmo/model/interaction/VDModelSubmitAction.h"
 #include "velmo/model/interaction/VDModelViewState.h"
 #include "velmo/model/records/VDModelAnimationWeb.h"
 #include "velmo/model/records/VDModelAutoAnimate.h"
@@ -56,6 +65,15 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelTheme::classObject(),
         &VPAnimationExportSettings::classObject(),
         &VDModelViewState::classObject(),
+        &VDModelAction::classObject(),
+        &VDModelActionPresentScreen::classObject(),
+        &VDModelActionDismissScreen::classObject(),
+        &VDModelActionSelectTab::classObject(),
+        &VDModelActionCallAction::classObject(),
+        &VDModelActionReference::classObject(),
+        &VDModelActionScriptAnimation::classObject(),
+        &VDModelSubmitAction::classObject(),
+        &VDModelEventListener::classObject(),
     };
 }
 

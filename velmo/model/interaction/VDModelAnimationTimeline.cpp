@@ -1,5 +1,7 @@
 #include "velmo/model/interaction/VDModelAnimationTimeline.h"
 
+#include "velmo/model/values/StringExtensions.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -129,9 +131,7 @@ void VDModelAnimationTimeline::sortAnimations() {
 
 void VDModelAnimationTimeline::refactorPath(const std::string& oldPath, const std::string& newPath) {
     if (!target_) return;
-    const std::string& target = *target_;
-    if (target != oldPath && !target.starts_with(oldPath + ";")) return;
-    setTarget(newPath + target.substr(oldPath.size()));
+    if (auto moved = pathMovedFrom(*target_, oldPath, newPath)) setTarget(std::move(moved));
 }
 
 void VDModelAnimationTimeline::appendAnimation(const std::shared_ptr<VDModelAnimation>& animation) {

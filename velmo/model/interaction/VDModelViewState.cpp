@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "velmo/model/values/StringExtensions.h"
 #include "velmo/model/view/VDModelView.h"
 #include "velmo/model/view/VDModelViewPathIndex.h"
 
@@ -143,20 +144,10 @@ Dictionary VDModelViewState::reversedOverridesWithModel(VDModelView& view) const
     return reversed;
 }
 
-namespace {
-// `path` moved from `oldPath` to `newPath`: the path itself or one below it; nothing otherwise.
-std::optional<std::string> movedPath(std::string_view path, std::string_view oldPath,
-                                     std::string_view newPath) {
-    if (!path.starts_with(oldPath)) return std::nullopt;
-    if (path.size() != oldPath.size() && path[oldPath.size()] != ';') return std::nullopt;
-    return std::string(newPath) + std::string(path.substr(oldPath.size()));
-}
-} // namespace
-
 void VDModelViewState::refactorPath(std::string_view oldPath, std::string_view newPath) {
     std::vector<std::pair<std::string, Value>> moves;
     for (const auto& [key, fields] : overrides_) {
-        if (auto to = movedPath(key.stringView(), oldPath, newPath))
+        if (auto to = pathMovedFrom(key.stringView(), oldPath, newPath))
             moves.emplace_back(std::move(*to), fields);
     }
     if (moves.empty()) return;
@@ -165,7 +156,7 @@ void VDModelViewState::refactorPath(std::string_view oldPath, std::string_view n
     // place of an equal key that stayed.
     Dictionary moved = Dictionary::create(overrides_.size());
     for (const auto& [key, fields] : overrides_) {
-        if (!movedPath(key.stringView(), oldPath, newPath)) moved.setEntry(key, fields);
+        if (!pathMovedFrom(key.stringView(), oldPath, newPath)) moved.setEntry(key, fields);
     }
     for (auto& [key, fields] : moves)
         moved.set(key, std::move(fields));

@@ -7,8 +7,8 @@
 #include <fmt/format.h>
 
 #include "velmo/foundation/NotificationCenter.h"
+#include "velmo/model/interaction/VDModelAction.h"
 #include "velmo/model/interaction/VDModelViewState.h"
-#include "velmo/model/view/VDModelActionPaths.h"
 #include "velmo/model/view/VDModelView.h"
 #include "velmo/model/view/VDModelViewPathIndex.h"
 
@@ -110,8 +110,7 @@ std::shared_ptr<VDModelViewState> VDModelView::defaultState() const {
 void VDModelView::refactorStateNameFrom(const std::string& oldName, const std::string& newName) {
     if (const auto state = stateNamed(oldName)) state->setName(newName);
     for (const Value& v : actions_) {
-        if (auto* action = dynamic_cast<VDModelActionPaths*>(v.object().get()))
-            action->refactorStateName(oldName, newName);
+        if (const auto action = v.objectAs<VDModelAction>()) action->refactorStateNameFrom(oldName, newName);
     }
     if (defaultStateName_ == oldName) setDefaultStateName(newName);
 }

@@ -328,4 +328,13 @@ PlatformColor _vp_colorFromHexString(std::string_view receiver) {
                               1.0);
 }
 
+std::optional<std::string> pathMovedFrom(std::string_view path, std::string_view oldPath,
+                                         std::string_view newPath) {
+    if (!path.starts_with(oldPath)) return std::nullopt;
+    if (path.size() != oldPath.size() && path[oldPath.size()] != ';') return std::nullopt;
+    std::string moved(newPath);
+    moved += path.substr(oldPath.size());
+    return moved;
+}
+
 } // namespace velmo

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -43,5 +44,10 @@ std::string_view trimBlanks(std::string_view text);
 std::string toLowerAscii(std::string_view text);
 std::string toUpperAscii(std::string_view text);
 bool isValidUtf8(std::string_view text);
+/// A path after `oldPath` was renamed to `newPath`: for `oldPath` itself or a path below it
+/// (behind a ";"), `newPath` with the rest; nothing for any other path ("this;ab" isn't below
+/// "this;a").
+std::optional<std::string> pathMovedFrom(std::string_view path, std::string_view oldPath,
+                                         std::string_view newPath);
 
 } // namespace velmo

@@ -194,38 +194,6 @@ Array VDModelView::nestedComponents() const {
     return out;
 }
 
-std::shared_ptr<VDModel> VDModelView::actionWithName(std::string_view name) const {
-    for (const Value& v : actions_) {
-        const auto* action = dynamic_cast<const VDModelActionPaths*>(v.object().get());
-        if (action && action->name() && *action->name() == name) return v.objectAs<VDModel>();
-    }
-    return nullptr;
-}
-
-void VDModelView::enumerateActionsWithBlock(const std::function<void(VDModelView&, VDModel&)>& block) {
-    enumerateModelsWithBlock([&](const std::shared_ptr<VDModel>& model) {
-        auto* view = dynamic_cast<VDModelView*>(model.get());
-        if (!view) return;
-        // The list may be replaced by the callback; walk the one in force when the view is met.
-        const Array actions = view->actions();
-        for (const Value& action : actions) {
-            if (auto a = action.objectAs<VDModel>()) block(*view, *a);
-        }
-    });
-}
-
-bool VDModelView::hasAutoAnimateAction() const {
-    for (const Value& v : actions_) {
-        const auto* action = dynamic_cast<const VDModelActionPaths*>(v.object().get());
-        if (action && action->hasAutoAnimate()) return true;
-    }
-    for (const Value& v : subviews()) {
-        const auto sub = v.objectAs<VDModelView>();
-        if (sub && sub->hasAutoAnimateAction()) return true;
-    }
-    return false;
-}
-
 // ---------------------------------------------------------------- paths
 
 namespace {
@@ -347,22 +315,6 @@ std::string VDModelView::fixedRelativePath(const std::string& relativePath,
         return relativePathToModel(movedView) + absolute.substr(oldAbsolutePath.size());
     }
     return relativePath;
-}
-
-void VDModelView::updateActionsRelativePathsRecursiveForModel(const VDModelView& movedView,
-                                                              const std::string& oldAbsolutePath) {
-    for (const Value& v : actions_) {
-        auto* action = dynamic_cast<VDModelActionPaths*>(v.object().get());
-        if (!action) continue;
-        action->updateRelativePathsWithBlock(
-            [&](const std::string& path) { return fixedRelativePath(path, oldAbsolutePath, movedView); });
-    }
-    for (const Array& children : {subviews(), subviewsPrototypes()}) {
-        for (const Value& v : children) {
-            if (auto sub = v.objectAs<VDModelView>())
-                sub->updateActionsRelativePathsRecursiveForModel(movedView, oldAbsolutePath);
-        }
-    }
 }
 
 void VDModelView::setVariableID(std::optional<std::string> variableID) {

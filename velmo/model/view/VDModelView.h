@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "velmo/model/records/VDModelAnimationWeb.h"
@@ -13,7 +14,6 @@
 #include "velmo/model/records/VDModelHover.h"
 #include "velmo/model/records/VDModelSpecsInfo.h"
 #include "velmo/model/records/VPAnimationExportSettings.h"
-#include "velmo/model/view/VDModelActionPaths.h"
 #include "velmo/model/view/VDModelViewConstraints.h"
 #include "velmo/model/view/VDModelViewPadding.h"
 #include "velmo/model/view/VDModelViewRelatedUIElement.h"
@@ -31,6 +31,8 @@ inline constexpr const char* kModelViewDeletedNotification = "kModelViewDeletedN
 /// without one is detached. Actions refer to views by paths: absolute paths are the variable
 /// names from below the root joined with ";", relative paths start with "this" and climb with
 /// "parent".
+class VDModelAction;
+class VDModelActionScriptAnimation;
 class VDModelViewPathIndex;
 class VDModelViewState;
 
@@ -78,7 +80,7 @@ class VDModelView : public VDModel {
     /// array, so the host hears of it.
     virtual Array subviews() const { return subviews_; }
     virtual void setSubviews(Array v);
-    /// The view's actions (the action family), stored as given.
+    /// The view's `VDModelAction`s, stored as given.
     const Array& actions() const { return actions_; }
     void setActions(Array v) { actions_ = std::move(v); }
     const std::shared_ptr<VDModelViewConstraints>& constraints() const { return constraints_; }
@@ -200,12 +202,6 @@ class VDModelView : public VDModel {
     Dictionary hierarchyTree() const;
     /// Every descendant with a `timelineType`, depth first; the walk goes on below them.
     Array nestedComponents() const;
-    /// actionWithName: — the first action with that name, or nullptr.
-    std::shared_ptr<VDModel> actionWithName(std::string_view name) const;
-    /// enumerateActionsWithBlock: — every action of every view that `fieldNames` leads to.
-    void enumerateActionsWithBlock(const std::function<void(VDModelView& view, VDModel& action)>& block);
-    /// This view or a descendant presents a screen with automatic animation.
-    bool hasAutoAnimateAction() const;
 
     // ---- paths
 
@@ -231,10 +227,6 @@ class VDModelView : public VDModel {
     /// view whose absolute path was `oldAbsolutePath`.
     std::string fixedRelativePath(const std::string& relativePath, const std::string& oldAbsolutePath,
                                   const VDModelView& movedView) const;
-    /// updateActionsRelativePathsRecursiveForModel:oldAbsolutePath: — on the root, after a view's
-    /// absolute path changed: every action below rewrites its paths.
-    void updateActionsRelativePathsRecursiveForModel(const VDModelView& movedView,
-                                                     const std::string& oldAbsolutePath);
     /// A rename keeps every action's relative paths right when the view is attached.
     void setVariableID(std::optional<std::string> variableID) override;
     /// Paths made of `modelID`s (not variable names) to views; the view itself isn't in it.
@@ -252,6 +244,50 @@ class VDModelView : public VDModel {
     Dictionary addBreakpoint(std::string_view key);
     /// removeBreakpoint:recursive: — removing the last entry leaves `breakpoints` nil.
     virtual void removeBreakpoint(std::string_view key, bool recursive);
+
+    // ---- actions: defined with the actions themselves, a layer above the view
+
+    /// The view's actions, stored as given: `VDModelAction`s of every kind.
+    /// actionWithName: — the first action with that name, or nullptr.
+    std::shared_ptr<VDModelAction> actionWithName(std::string_view name) const;
+    /// enumerateActionsWithBlock: — the view and all below it that `fieldNames` leads to, in
+    /// that order; for each view, each of its actions.
+    void
+    enumerateActionsWithBlock(const std::function<void(VDModelView& view, VDModelAction& action)>& block);
+    /// This view or a descendant presents a screen with automatic animation.
+    bool hasAutoAnimateAction() const;
+    /// updateActionsRelativePathsRecursiveForModel:oldAbsolutePath: — on the root, after a view's
+    /// absolute path changed: every action below rewrites its paths.
+    void updateActionsRelativePathsRecursiveForModel(const VDModelView& movedView,
+                                                     const std::string& oldAbsolutePath);
+    /// The transitions of `actions` that start from a state, in order; a transition from the
+    /// initial look is no member.
+    Array animations() const;
+    /// removeConflictingListenersOf:event:target: — in one state the owner answers one event on
+    /// one view with one transition: the other transitions from the same origin state lose their
+    /// listeners of that event and target.
+    void removeConflictingListenersOf(const VDModelActionScriptAnimation& mine, const std::string& event,
+                                      const std::string& target);
+    /// removeDuplicateTimersAfterAdding: — timers stay on the action just given a timer only;
+    /// an action left without listeners by it goes.
+    void removeDuplicateTimersAfterAdding(const VDModelAction& mine);
+    /// Every action, of whatever kind, with no listeners goes.
+    void removeActionsWithoutListeners();
+
+    /// A view with its ancestors from the top down.
+    using FormCandidate = std::pair<std::shared_ptr<VDModelView>, std::vector<std::shared_ptr<VDModelView>>>;
+    /// Marks as a form, for each view below, the largest container around it that holds at most
+    /// one submit button. Every view with an `actions` list is a candidate, whether or not it
+    /// holds a submit action: generated code keys on the flags as they come out of this.
+    void markFormsAccordingToSubmitButtons();
+    /// clearFormFlagsAndCollectSubmitButtons:viewHierarchy: — clears `isForm` on the subtree and
+    /// collects each view that has an `actions` list, with its ancestors.
+    void clearFormFlagsAndCollectSubmitButtons(std::vector<FormCandidate>& list,
+                                               const std::vector<std::shared_ptr<VDModelView>>& hierarchy);
+    /// More than one view of the subtree holds a submit action.
+    bool hasMoreThanOneSubmitButton() const;
+    /// hasMoreThanOneSubmitButton: — the same, counting on from the views in `found`.
+    bool hasMoreThanOneSubmitButton(std::vector<const VDModelView*>& found) const;
 
     // ---- states: defined with the states themselves, a layer above the view
 

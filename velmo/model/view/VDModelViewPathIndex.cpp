@@ -26,8 +26,11 @@ std::shared_ptr<VDModelView> VDModelViewPathIndex::subviewNamed(const VDModelVie
 std::shared_ptr<VDModelView> VDModelViewPathIndex::searchSubviewNamed(const VDModelView& parent,
                                                                       std::string_view name) {
     for (const Value& v : parent.subviews()) {
-        auto sub = v.objectAs<VDModelView>();
-        if (sub && sub->variableID() == name) return sub;
+        // Names first, the class only of the view that has it: most siblings are passed over.
+        if (v.kind() != Value::Kind::Model) continue;
+        const auto* model = static_cast<const VDModel*>(v.objectPointer());
+        if (model->variableID() != name) continue;
+        if (auto sub = v.objectAs<VDModelView>()) return sub;
     }
     return nullptr;
 }
