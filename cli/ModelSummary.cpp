@@ -100,6 +100,7 @@ Array describeActions(const VDModelView& view) {
             }
             d.set("timelines", Value(static_cast<std::int64_t>(move->timelines().size())));
             d.set("keyframes", Value(keyframes));
+            d.set("duration", Value(move->totalAnimationTime()));
         }
         out.push_back(Value(d));
     }
@@ -121,8 +122,9 @@ std::vector<std::string> summaryLines(const VDModelView& view) {
         std::string line = fmt::format("action {} \"{}\" on {} -> {}", d.get("kind").stringView(),
                                        d.get("name").stringView(), events, d.get("target").stringView());
         if (d.contains("timelines")) {
-            line += fmt::format(" ({} timelines, {} keyframes)", d.get("timelines").int64Value(),
-                                d.get("keyframes").int64Value());
+            line +=
+                fmt::format(" ({} timelines, {} keyframes, duration {:g})", d.get("timelines").int64Value(),
+                            d.get("keyframes").int64Value(), d.get("duration").floatValue());
         }
         lines.push_back(std::move(line));
     }

@@ -1,11 +1,17 @@
 // The view's operations on its actions. They belong to VDModelView but live here, with the
 // action family, so that the view layer needs nothing of the layer above it.
+#include <stdexcept>
 #include <unordered_map>
+
+#include <fmt/format.h>
+
+#include "velmo/foundation/SystemLog.h"
 
 #include "velmo/model/interaction/VDModelAction.h"
 #include "velmo/model/interaction/VDModelActionScriptAnimation.h"
 #include "velmo/model/interaction/VDModelEventListener.h"
 #include "velmo/model/interaction/VDModelSubmitAction.h"
+#include "velmo/model/interaction/VDModelViewState.h"
 #include "velmo/model/view/VDModelView.h"
 
 namespace velmo {
@@ -58,13 +64,129 @@ void VDModelView::updateActionsRelativePathsRecursiveForModel(const VDModelView&
     }
 }
 
-Array VDModelView::animations() const {
+void VDModelView::appendAction(const std::shared_ptr<VDModelAction>& action) {
+    Array next = actions_.isNil() ? Array::create(1) : actions_.copy();
+    next.push_back(Value(action));
+    setActions(std::move(next));
+}
+
+namespace {
+
+// The transitions of a list that a test picks, in order.
+template <class Test> Array transitionsWhere(const Array& actions, Test test) {
     Array out = Array::create();
-    for (const Value& v : actions_) {
+    for (const Value& v : actions) {
         const auto transition = v.objectAs<VDModelActionScriptAnimation>();
-        if (transition && transition->originStateName()) out.push_back(v);
+        if (transition && test(*transition)) out.push_back(v);
     }
     return out;
+}
+
+std::optional<std::string> nameOf(const VDModelViewState* state) {
+    return state ? state->name() : std::nullopt;
+}
+
+} // namespace
+
+Array VDModelView::animations() const {
+    return transitionsWhere(actions_, [](const VDModelActionScriptAnimation& t) { return t.originStateName().has_value(); });
+}
+
+Array VDModelView::animationsFromState(const VDModelViewState* from, const VDModelViewState* to) const {
+    const auto origin = nameOf(from), target = nameOf(to);
+    return transitionsWhere(actions_, [&](const VDModelActionScriptAnimation& t) {
+        return origin && target && t.originStateName() == origin && t.targetStateName() == target;
+    });
+}
+
+Array VDModelView::animationsFromState(const VDModelViewState* state) const {
+    const auto origin = nameOf(state);
+    return transitionsWhere(
+        actions_, [&](const VDModelActionScriptAnimation& t) { return t.originStateName() == origin; });
+}
+
+Array VDModelView::animationsToState(const VDModelViewState* state) const {
+    const auto target = nameOf(state);
+    return transitionsWhere(actions_, [&](const VDModelActionScriptAnimation& t) {
+        return t.originStateName() && t.targetStateName() == target;
+    });
+}
+
+void VDModelView::addAnimationToState(const VDModelViewState& state) {
+    if (states_.empty()) throw std::out_of_range("addAnimationToState: the view has no states");
+    const auto origin =
+        states_.size() == 1 ? nullptr : states_[states_.size() - 2].objectAs<VDModelViewState>();
+    addAnimationFromState(origin.get(), &state);
+}
+
+void VDModelView::addAnimationFromState(const VDModelViewState* from, const VDModelViewState* to) {
+    SystemLog::log(
+        fmt::format("Added from {} to {}", nameOf(from).value_or("(null)"), nameOf(to).value_or("(null)")));
+    if (!to) return;
+    const auto transition = VDModelActionScriptAnimation::newScriptAnimationFromState(from, to, *this);
+    appendAction(transition);
+    // Made as a timer, then turned into the end of the transition before it: the form a sequence
+    // of states takes.
+    const auto listener = transition->addListenerWithTimer(0.0);
+    listener->setAnimationName(transition->name());
+    listener->setEvent("animationend");
+    postUpdateNotification();
+}
+
+std::shared_ptr<VDModelActionScriptAnimation>
+VDModelView::addAnimationFrom(const VDModelViewState* from, const VDModelViewState* to,
+                              const std::string& event, const VDModelView& listenerTarget) {
+    if (from == to) return nullptr;
+    const Array existing = animationsFromState(from, to);
+    auto transition = existing.first().objectAs<VDModelActionScriptAnimation>();
+    if (!transition) {
+        transition = VDModelActionScriptAnimation::newScriptAnimationFromState(from, to, *this);
+        appendAction(transition);
+    }
+    // A timer always belongs to the owner.
+    const std::string path = listenerTarget.viewPath();
+    const std::string target =
+        !path.empty() && event != "timer" ? fmt::format("this{}{}", ';', path) : "this";
+    if (const auto listener = transition->addListenerWithTarget(target, event)) {
+        listener->postUpdateNotificationType(kModelUpdateTypeListenerAdded);
+    } else {
+        transition->postUpdateNotification();
+    }
+    removeConflictingListenersOf(*transition, event, target);
+    removeActionsWithoutListeners();
+    return transition;
+}
+
+void VDModelView::removeScriptAnimation(const VDModelActionScriptAnimation& transition) {
+    Array kept = Array::create(actions_.size());
+    for (const Value& v : actions_) {
+        const auto object = v.object();
+        if (!(object && (object.get() == &transition || object->isEqual(transition)))) kept.push_back(v);
+    }
+    setActions(std::move(kept));
+}
+
+void VDModelView::updateAllAnimations() {
+    updateAnimations(animations());
+}
+
+void VDModelView::updateAllAnimationsForState(const VDModelViewState* state) {
+    updateAnimations(animationsFromState(state));
+    updateAnimations(animationsToState(state));
+}
+
+void VDModelView::updateAnimations(const Array& transitions) {
+    for (const Value& v : transitions) {
+        const auto transition = v.objectAs<VDModelActionScriptAnimation>();
+        if (!transition) continue;
+        const auto& originName = transition->originStateName();
+        const auto& targetName = transition->targetStateName();
+        const auto origin = originName ? stateNamed(*originName) : nullptr;
+        const auto target = targetName ? stateNamed(*targetName) : nullptr;
+        // Only a nil name stands for no state; a name that points nowhere leaves it be.
+        if ((!origin && !target) || (originName && !origin) || (targetName && !target)) continue;
+        transition->updateWithOriginState(origin.get(), target.get(), *this);
+    }
 }
 
 void VDModelView::removeConflictingListenersOf(const VDModelActionScriptAnimation& mine,

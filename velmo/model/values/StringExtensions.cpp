@@ -242,24 +242,46 @@ std::string stringByRemovingCharsInString(std::string_view receiver, std::string
     return out;
 }
 
+namespace {
+
+// One character's case, as the platform maps it: ASCII directly, the rest through the C.UTF-8
+// locale when the system has it.
+char32_t changeCase(char32_t c, bool upper) {
+    if (c < 0x80) {
+        const char ascii = static_cast<char>(c);
+        return static_cast<char32_t>(upper ? upperAscii(ascii) : lowerAscii(ascii));
+    }
+    try {
+        static const std::locale utf8("C.UTF-8");
+        const auto wide = static_cast<wchar_t>(c);
+        return static_cast<char32_t>(upper ? std::toupper(wide, utf8) : std::tolower(wide, utf8));
+    } catch (const std::runtime_error&) {
+        return c; // without the locale only ASCII letters change
+    }
+}
+
+} // namespace
+
 std::string stringWithFirstCharCapitalized(std::string_view receiver) {
     if (receiver.empty()) return std::string();
     std::size_t at = 0;
     const char32_t first = Utf8::next(receiver, at);
-    char32_t upper = first;
-    if (first < 0x80) {
-        upper = static_cast<char32_t>(upperAscii(static_cast<char>(first)));
-    } else {
-        try {
-            static const std::locale utf8("C.UTF-8");
-            upper = static_cast<char32_t>(std::toupper(static_cast<wchar_t>(first), utf8));
-        } catch (const std::runtime_error&) {
-            // Without the locale only ASCII letters change.
-        }
-    }
     std::string out;
-    Utf8::append(out, upper);
+    Utf8::append(out, changeCase(first, true));
     out.append(receiver.substr(at));
+    return out;
+}
+
+std::string capitalizedString(std::string_view receiver) {
+    std::string out;
+    out.reserve(receiver.size());
+    bool wordStart = true;
+    for (std::size_t at = 0; at < receiver.size();) {
+        const char32_t c = Utf8::next(receiver, at);
+        const bool blank = c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == 0x2028 || c == 0x2029;
+        Utf8::append(out, blank ? c : changeCase(c, wordStart));
+        wordStart = blank;
+    }
     return out;
 }
 

@@ -263,6 +263,37 @@ class VDModelView : public VDModel {
     /// The transitions of `actions` that start from a state, in order; a transition from the
     /// initial look is no member.
     Array animations() const;
+    /// animationsFromState:toState: — the transitions between the two named states; a nil name
+    /// matches nothing, so a transition from the initial look is never found here.
+    Array animationsFromState(const VDModelViewState* from, const VDModelViewState* to) const;
+    /// animationsFromState: — the transitions leaving the state; those from the initial look for
+    /// a nil state or name.
+    Array animationsFromState(const VDModelViewState* state) const;
+    /// animationsToState: — the transitions from some state that end in this one.
+    Array animationsToState(const VDModelViewState* state) const;
+    /// addAnimationToState: — a transition to a state just added, from the state before it (the
+    /// initial look when it is the only one). `states` must not be empty: `std::out_of_range`.
+    void addAnimationToState(const VDModelViewState& state);
+    /// addAnimationFromState:toState: — a step of a sequence of states: the transition starts
+    /// when the one before it ends ("animationend").
+    void addAnimationFromState(const VDModelViewState* from, const VDModelViewState* to);
+    /// addAnimationFrom:to:event:listenerTarget: — the transition between the two states that the
+    /// event on the view starts, made when there is none; other transitions from the same state
+    /// lose that event, and actions left without listeners go. Nothing for one state to itself.
+    std::shared_ptr<VDModelActionScriptAnimation> addAnimationFrom(const VDModelViewState* from,
+                                                                   const VDModelViewState* to,
+                                                                   const std::string& event,
+                                                                   const VDModelView& listenerTarget);
+    /// removeScriptAnimation: — `actions` without it. Posts nothing.
+    void removeScriptAnimation(const VDModelActionScriptAnimation& transition);
+    /// Recomputes every transition from a state.
+    void updateAllAnimations();
+    /// updateAllAnimationsForState: — recomputes the transitions that leave or reach the state;
+    /// timing and curves stay.
+    void updateAllAnimationsForState(const VDModelViewState* state);
+    /// updateAnimations: — recomputes each transition whose named states exist; a name that
+    /// points nowhere leaves the transition as it was.
+    void updateAnimations(const Array& transitions);
     /// removeConflictingListenersOf:event:target: — in one state the owner answers one event on
     /// one view with one transition: the other transitions from the same origin state lose their
     /// listeners of that event and target.
@@ -324,6 +355,9 @@ class VDModelView : public VDModel {
     void postUpdateNotification() override;
 
 private:
+    /// A new `actions` list with the action at its end.
+    void appendAction(const std::shared_ptr<VDModelAction>& action);
+
     float x_ = 0, y_ = 0, width_ = 0, height_ = 0;
     std::shared_ptr<VDModelColor> color_;
     std::shared_ptr<VDModelColor> borderColor_;
