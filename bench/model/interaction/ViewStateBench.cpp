@@ -3,11 +3,8 @@
 // in proportion to what it touches: the first and last to the tree, the second to the one view.
 #include <benchmark/benchmark.h>
 
-#include <deque>
-#include <string>
-
+#include "support/ViewTreeGenerator.h"
 #include "velmo/host/VVHostTree.h"
-#include "velmo/model/core/VDModelDecoder.h"
 #include "velmo/model/interaction/VDModelViewState.h"
 #include "velmo/model/view/VDModelView.h"
 
@@ -15,48 +12,20 @@ namespace {
 
 using namespace velmo;
 
-// `descendants` views below the owner, ten subviews to a parent, filled level by level.
-std::shared_ptr<VDModelView> tree(std::size_t descendants) {
-    VDModelDecoder::sharedInstance(); // copies decode through it
-    auto owner = VDModelView::create();
-    owner->setVariableID("owner");
-    std::deque<std::shared_ptr<VDModelView>> open{owner};
-    std::size_t made = 0;
-    while (made < descendants) {
-        auto parent = open.front();
-        open.pop_front();
-        Array subviews = Array::create(10);
-        for (int i = 0; i < 10 && made < descendants; ++i, ++made) {
-            auto sub = VDModelView::create();
-            sub->setVariableID("v" + std::to_string(made));
-            subviews.push_back(Value(sub));
-            open.push_back(sub);
-        }
-        parent->setSubviews(subviews);
-    }
-    return owner;
-}
-
 // The document's tree, the same tree as the state shows it (every tenth view moved) and their
 // hosts, so paths between views can be taken.
 struct Fixture {
-    explicit Fixture(std::size_t descendants) : original(tree(descendants)), shaped(modelCopy(original)) {
+    explicit Fixture(std::size_t descendants)
+        : original(bench::generateViewTree(descendants)), shaped(modelCopy(original)) {
         std::size_t n = 0;
-        moveEveryTenth(*shaped, n);
+        bench::forEachDescendant(*shaped, [&](VDModelView& view) {
+            if (n++ % 10 != 0) return;
+            view.setX(view.x() + 5);
+            lastMoved = std::static_pointer_cast<VDModelView>(view.sharedFromThis());
+        });
         originalHost = VVHostTree::attach(original);
         shapedHost = VVHostTree::attach(shaped);
         state->updateWithOriginalModel(*original, *shaped);
-    }
-
-    void moveEveryTenth(VDModelView& view, std::size_t& n) {
-        for (const Value& v : view.subviews()) {
-            auto sub = v.objectAs<VDModelView>();
-            if (n++ % 10 == 0) {
-                sub->setX(sub->x() + 5);
-                lastMoved = sub;
-            }
-            moveEveryTenth(*sub, n);
-        }
     }
 
     std::shared_ptr<VDModelView> original, shaped, lastMoved;
