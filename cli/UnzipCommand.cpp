@@ -157,6 +157,11 @@ bool isLimitError(const VPErrorPtr& error) {
 }
 
 int runUnzip(const UnzipOptions& o) {
+    if (o.archive == "-") {
+        // Entries are found through the archive's directory at its end: a stream won't do.
+        Console::error("unzip reads an archive from a file: standard input (-) can't be unpacked");
+        return kExitUsage;
+    }
     std::error_code readError;
     {
         // Looked at first, so that a folder or a missing file is told as such, not as a bad archive.

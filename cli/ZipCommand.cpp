@@ -46,9 +46,12 @@ std::string unreadableReason(const std::string& path, bool& directory) {
 }
 
 bool isInside(const fs::path& path, const fs::path& directory) {
+    // Absolute first: a relative path none of which exists comes back from weakly_canonical as it was.
     std::error_code ec;
-    const fs::path relative =
-        fs::weakly_canonical(path, ec).lexically_relative(fs::weakly_canonical(directory, ec));
+    fs::path folder = fs::weakly_canonical(fs::absolute(directory, ec), ec);
+    // A folder named with a trailing "/" keeps an empty last part, which no path inside matches.
+    if (!folder.has_filename()) folder = folder.parent_path();
+    const fs::path relative = fs::weakly_canonical(fs::absolute(path, ec), ec).lexically_relative(folder);
     return !relative.empty() && *relative.begin() != "..";
 }
 
@@ -60,6 +63,10 @@ void replaceAll(std::string& text, const std::string& from, const std::string& t
 int runZip(const ZipOptions& o) {
     bool directory = false;
     for (const auto& path : o.paths) {
+        if (path == "-") {
+            Console::error("zip packs files and directories: standard input (-) can't be packed");
+            return kExitUsage;
+        }
         bool isDirectory = false;
         if (const std::string reason = unreadableReason(path, isDirectory); !reason.empty()) {
             Console::error(fmt::format("cannot read {}: {}", path, reason));

@@ -190,6 +190,7 @@ TEST_F(VelmoCommand, ZipWritesWholeArchivesOnlyAndCountsEntries) {
     EXPECT_EQ(names("out"), (std::vector<std::string>{"one.zip", "site.zip", "two.zip"}))
         << "no temporary file left";
     EXPECT_EQ(runVelmo("zip -q " + path("out/three.zip") + " " + site + "/three.txt").output, "");
+    EXPECT_EQ(runVelmo("zip here.zip .", "2>&1", "cd " + site + " &&").exitCode, 2) << "relative paths alike";
 }
 
 TEST_F(VelmoCommand, UnzipCountsWhatLandsAndKeepsToItsLimits) {
