@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <CLI/CLI.hpp>
 
 namespace velmo::cli {
@@ -10,9 +12,14 @@ inline constexpr int kExitFailure = 1;
 /// Bad usage or unreadable input.
 inline constexpr int kExitUsage = 2;
 
-/// Each command adds its subcommand to the app; its callback stores the exit code in `exitCode`.
-void addJsonCommand(CLI::App& app, int& exitCode);
-void addTreeCommand(CLI::App& app, int& exitCode);
-void addZipCommands(CLI::App& app, int& exitCode);
+/// The work of a subcommand, run once its arguments are parsed and the host is bound; gives the
+/// exit code.
+using CommandRun = std::function<int()>;
+
+/// Each adds its subcommand to the app and gives the work to run when it is chosen.
+CommandRun addJsonCommand(CLI::App& app);
+CommandRun addTreeCommand(CLI::App& app);
+CommandRun addZipCommand(CLI::App& app);
+CommandRun addUnzipCommand(CLI::App& app);
 
 } // namespace velmo::cli

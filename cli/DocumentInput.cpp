@@ -1,34 +1,64 @@
 #include "DocumentInput.h"
 
-#include <cstdio>
+#include <algorithm>
+
+#include <unistd.h>
 
 #include <fmt/format.h>
 
 #include "Commands.h"
+#include "Console.h"
 #include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
 #include "velmo/model/core/VDModelDecoder.h"
 
 namespace velmo::cli {
 
+namespace {
+
+// Why the top level is not a model, in a few words: the library's own log line quotes the whole
+// value, which for a large document is megabytes.
+std::string whyNotAModel(const Value& value) {
+    if (!value.isDictionary()) return "it is not a JSON object";
+    const Value& modelClass = value.dictionary().get("model_class");
+    if (modelClass.isNil()) return "it has no \"model_class\"";
+    if (!modelClass.isString()) return "its \"model_class\" is not a string";
+    const std::string_view name = modelClass.stringView();
+    std::size_t end = std::min<std::size_t>(name.size(), 80);
+    // Not in the middle of a UTF-8 character: continuation bytes are 10xxxxxx.
+    while (end < name.size() && end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80)
+        --end;
+    return fmt::format("\"{}{}\"", name.substr(0, end), end < name.size() ? "..." : "");
+}
+
+} // namespace
+
+std::string documentName(const std::string& file) {
+    return file == kStandardStream ? "standard input" : file;
+}
+
 std::shared_ptr<VDModel> readDocument(const std::string& file, int& exitCode) {
-    const auto text = Files::read(file);
+    std::error_code error;
+    const auto text =
+        file == kStandardStream ? Files::readAll(STDIN_FILENO, error) : Files::read(file, error);
     if (!text) {
-        fmt::print(stderr, "velmo: cannot read {}\n", file);
+        Console::error(fmt::format("cannot read {}: {}", documentName(file), error.message()));
         exitCode = kExitUsage;
         return nullptr;
     }
-    JsonParseError error("", 0);
-    const Value value = Json::tryParse(*text, Json::ReadOptions{}, &error);
+    JsonParseError parseError("", 0);
+    const Value value = Json::tryParse(*text, Json::ReadOptions{}, &parseError);
     if (value.isNil()) {
-        fmt::print(stderr, "velmo: {}: malformed JSON at offset {}: {}\n", file, error.offset(),
-                   error.reason());
+        Console::error(fmt::format("{}: malformed JSON at offset {}: {}", documentName(file),
+                                   parseError.offset(), parseError.reason()));
         exitCode = kExitUsage;
         return nullptr;
     }
-    auto model = VDModelDecoder::modelObjectFromDictionary(value.dictionary());
+    auto model =
+        value.isDictionary() ? VDModelDecoder::modelObjectFromDictionary(value.dictionary()) : nullptr;
     if (!model) {
-        fmt::print(stderr, "velmo: {}: the top level is not a known model class\n", file);
+        Console::error(fmt::format("{}: the top level is not a known model class ({})", documentName(file),
+                                   whyNotAModel(value)));
         exitCode = kExitFailure;
     }
     return model;

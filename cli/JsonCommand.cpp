@@ -1,37 +1,70 @@
-// velmo json FILE [--compact]: decode a document and print its JSON again.
-#include <cstdio>
+// velmo json FILE [--compact] [-o OUT]: decode a document and print its JSON again.
+#include <filesystem>
+#include <memory>
 #include <string>
 
 #include <fmt/format.h>
 
 #include "Commands.h"
+#include "Console.h"
 #include "DocumentInput.h"
+#include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
 
 namespace velmo::cli {
 
-void addJsonCommand(CLI::App& app, int& exitCode) {
+namespace {
+
+struct JsonOptions {
+    std::string file;
+    bool compact = false;
+    std::string output;
+};
+
+int runJson(const JsonOptions& o) {
+    int exitCode = kExitOK;
+    auto model = readDocument(o.file, exitCode);
+    if (!model) return exitCode;
+    std::string json;
+    try {
+        json = o.compact ? Json::write(Value(model->toDictionary())) : model->toJson();
+    } catch (const JsonWriteError&) {
+    }
+    if (json.empty()) {
+        Console::error(
+            fmt::format("{}: the document holds a value that JSON can't hold", documentName(o.file)));
+        return kExitFailure;
+    }
+    json += '\n';
+    if (o.output.empty() || o.output == kStandardStream) {
+        Console::out(json);
+        return kExitOK;
+    }
+    std::error_code error;
+    // Renaming a file over a folder fails with a reason that names neither.
+    if (std::filesystem::is_directory(o.output, error)) {
+        Console::error(fmt::format("cannot write {}: Is a directory", o.output));
+        return kExitFailure;
+    }
+    // Beside the target and renamed into place: a failed write leaves the old file as it was.
+    if (!Files::writeAtomically(o.output, json, 0644, error)) {
+        Console::error(fmt::format("cannot write {}: {}", o.output, error.message()));
+        return kExitFailure;
+    }
+    return kExitOK;
+}
+
+} // namespace
+
+CommandRun addJsonCommand(CLI::App& app) {
+    auto options = std::make_shared<JsonOptions>();
     auto* cmd = app.add_subcommand("json", "Decode a document and print it as JSON again");
-    auto file = std::make_shared<std::string>();
-    auto compact = std::make_shared<bool>(false);
-    cmd->add_option("FILE", *file, "Document JSON file")->required();
-    cmd->add_flag("--compact", *compact, "Print compact JSON instead of pretty");
-    cmd->callback([&exitCode, file, compact] {
-        auto model = readDocument(*file, exitCode);
-        if (!model) return;
-        std::string json;
-        try {
-            json = *compact ? Json::write(Value(model->toDictionary())) : model->toJson();
-        } catch (const JsonWriteError&) {
-        }
-        if (json.empty()) {
-            fmt::print(stderr, "velmo: {}: the document holds a value that JSON can't hold\n", *file);
-            exitCode = kExitFailure;
-            return;
-        }
-        fmt::print("{}\n", json);
-        exitCode = kExitOK;
-    });
+    cmd->add_option("FILE", options->file, "Document JSON file, or - for standard input")->required();
+    cmd->add_flag("--compact", options->compact, "Print compact JSON instead of pretty");
+    cmd->add_option(
+        "-o,--output", options->output,
+        "Write the JSON to this file instead of standard output (replaced whole, only on success)");
+    return [options] { return runJson(*options); };
 }
 
 } // namespace velmo::cli

@@ -1,10 +1,11 @@
 // velmo tree FILE [--json]: decode a document, attach the host's view tree, and print the views.
-#include <cstdio>
+#include <memory>
 #include <string>
 
 #include <fmt/format.h>
 
 #include "Commands.h"
+#include "Console.h"
 #include "DocumentInput.h"
 #include "ModelSummary.h"
 #include "velmo/foundation/Json.h"
@@ -20,10 +21,11 @@ std::string frameText(const VDModelView& view) {
 
 void printView(const VDModelView& view, int depth) {
     const std::string path = view.viewPath();
-    fmt::print("{:{}}{} {} \"{}\" {} path=\"{}\"\n", "", depth * 2, view.modelClass().name(),
-               view.variableID().value_or("-"), view.viewName().value_or(""), frameText(view), path);
+    Console::out(fmt::format("{:{}}{} {} \"{}\" {} path=\"{}\"\n", "", depth * 2, view.modelClass().name(),
+                             view.variableID().value_or("-"), view.viewName().value_or(""), frameText(view),
+                             path));
     for (const std::string& line : summaryLines(view))
-        fmt::print("{:{}}  {}\n", "", depth * 2, line);
+        Console::out(fmt::format("{:{}}  {}\n", "", depth * 2, line));
     for (const Value& v : view.subviews()) {
         if (auto sub = v.objectAs<VDModelView>()) printView(*sub, depth + 1);
     }
@@ -46,35 +48,41 @@ Value viewJson(const VDModelView& view) {
     });
 }
 
+struct TreeOptions {
+    std::string file;
+    bool json = false;
+};
+
+int runTree(const TreeOptions& o) {
+    int exitCode = kExitOK;
+    auto model = readDocument(o.file, exitCode);
+    if (!model) return exitCode;
+    const auto host = VVHostTree::attachDocument(model);
+    const auto roots = host->roots();
+    if (roots.empty()) {
+        Console::error(fmt::format("{}: the document holds no views", documentName(o.file)));
+        return kExitFailure;
+    }
+    if (o.json) {
+        Array out = Array::create();
+        for (const auto& root : roots)
+            out.push_back(viewJson(*root));
+        Console::out(Json::write(Value(out), true) + "\n");
+    } else {
+        for (const auto& root : roots)
+            printView(*root, 0);
+    }
+    return kExitOK;
+}
+
 } // namespace
 
-void addTreeCommand(CLI::App& app, int& exitCode) {
+CommandRun addTreeCommand(CLI::App& app) {
+    auto options = std::make_shared<TreeOptions>();
     auto* cmd = app.add_subcommand("tree", "Print the view hierarchy of a document");
-    auto file = std::make_shared<std::string>();
-    auto json = std::make_shared<bool>(false);
-    cmd->add_option("FILE", *file, "Document JSON file")->required();
-    cmd->add_flag("--json", *json, "Print the hierarchy as JSON");
-    cmd->callback([&exitCode, file, json] {
-        auto model = readDocument(*file, exitCode);
-        if (!model) return;
-        const auto host = VVHostTree::attachDocument(model);
-        const auto roots = host->roots();
-        if (roots.empty()) {
-            fmt::print(stderr, "velmo: {}: the document holds no views\n", *file);
-            exitCode = kExitFailure;
-            return;
-        }
-        if (*json) {
-            Array out = Array::create();
-            for (const auto& root : roots)
-                out.push_back(viewJson(*root));
-            fmt::print("{}\n", Json::write(Value(out), true));
-        } else {
-            for (const auto& root : roots)
-                printView(*root, 0);
-        }
-        exitCode = kExitOK;
-    });
+    cmd->add_option("FILE", options->file, "Document JSON file, or - for standard input")->required();
+    cmd->add_flag("--json", options->json, "Print the hierarchy as JSON");
+    return [options] { return runTree(*options); };
 }
 
 } // namespace velmo::cli

@@ -6,6 +6,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <sys/resource.h>
 #include <zip.h>
 
 #include "velmo/foundation/Files.h"
@@ -79,6 +80,46 @@ StoredEntry storedEntry(const fs::path& path, const std::string& name) {
                                      zip_get_name(archive, i, ZIP_FL_ENC_RAW)) == 0;
     zip_discard(archive);
     return stored;
+}
+
+std::vector<CentralRecord> centralDirectory(const fs::path& archive) {
+    const std::string bytes = readFile(archive);
+    const auto u16 = [&](std::size_t at) {
+        return static_cast<std::uint16_t>(static_cast<unsigned char>(bytes.at(at)) |
+                                          static_cast<unsigned char>(bytes.at(at + 1)) << 8);
+    };
+    const auto u32 = [&](std::size_t at) {
+        return std::uint32_t(u16(at)) | std::uint32_t(u16(at + 2)) << 16;
+    };
+    const std::size_t end = bytes.rfind(std::string("PK\5\6", 4));
+    if (end == std::string::npos) throw std::runtime_error("no end of central directory");
+    std::vector<CentralRecord> records;
+    std::size_t at = u32(end + 16);
+    for (std::uint16_t i = 0; i < u16(end + 10); ++i) {
+        if (bytes.compare(at, 4, std::string("PK\1\2", 4)) != 0)
+            throw std::runtime_error("bad central record");
+        const std::size_t nameLength = u16(at + 28);
+        records.push_back({bytes.substr(at + 46, nameLength), u16(at + 4), u16(at + 8)});
+        at += 46 + nameLength + u16(at + 30) + u16(at + 32);
+    }
+    return records;
+}
+
+FileSizeLimit::FileSizeLimit(std::uint64_t bytes) {
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    previous_ = limit.rlim_cur;
+    previousHandler_ = std::signal(SIGXFSZ, SIG_IGN);
+    limit.rlim_cur = bytes;
+    setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+FileSizeLimit::~FileSizeLimit() {
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    limit.rlim_cur = previous_;
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, previousHandler_);
 }
 
 std::string readFile(const fs::path& path) {

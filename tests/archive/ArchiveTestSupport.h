@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -9,7 +10,7 @@ namespace velmo::test {
 
 /// A temporary folder that goes when the test ends.
 class TemporaryFolder {
-  public:
+public:
     TemporaryFolder();
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
@@ -18,7 +19,7 @@ class TemporaryFolder {
     const std::filesystem::path& path() const { return path_; }
     std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
 
-  private:
+private:
     std::filesystem::path path_;
 };
 
@@ -50,6 +51,29 @@ struct StoredEntry {
     bool utf8Flagged = false;
 };
 StoredEntry storedEntry(const std::filesystem::path& archive, const std::string& name);
+
+/// An entry's record in the central directory, read from the archive's bytes: what the ZIP
+/// library doesn't report (the whole version-made-by field, the general-purpose flags).
+struct CentralRecord {
+    std::string name;
+    std::uint16_t versionMadeBy = 0;
+    std::uint16_t flags = 0;
+};
+std::vector<CentralRecord> centralDirectory(const std::filesystem::path& archive);
+
+/// While it lives, no file this process writes can grow past `bytes`: writes beyond fail with
+/// EFBIG, as on a full disk, rather than raising SIGXFSZ.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(std::uint64_t bytes);
+    ~FileSizeLimit();
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    std::uint64_t previous_;
+    void (*previousHandler_)(int);
+};
 
 std::string readFile(const std::filesystem::path& path);
 void writeFile(const std::filesystem::path& path, const std::string& content);

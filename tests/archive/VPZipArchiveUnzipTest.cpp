@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
+#include <random>
 #include <set>
+
+#include <optional>
 
 #include <sys/stat.h>
 
@@ -18,7 +22,7 @@ constexpr std::uint32_t kLink = 0120777;
 
 /// Writes down what a run tells it, in order.
 class RecordingDelegate : public VPZipArchiveDelegate {
-  public:
+public:
     std::vector<std::string> events;
     std::vector<std::pair<std::uint64_t, std::uint64_t>> progress;
     std::set<Operation> declined;
@@ -54,6 +58,23 @@ class RecordingDelegate : public VPZipArchiveDelegate {
     }
 };
 
+/// Tells the entries written from those that failed, as a command counting them would.
+class CountingDelegate : public VPZipArchiveDelegate {
+public:
+    std::map<std::int64_t, VPErrorPtr> failed;
+    std::vector<std::int64_t> written;
+
+    void zipArchiveDidFailToUnzipFileAtIndex(std::int64_t index, std::int64_t, const std::string&,
+                                             const VPZipFileInfo&, const VPErrorPtr& error) override {
+        EXPECT_EQ(failed.count(index), 0u) << "told once for an entry";
+        failed[index] = error;
+    }
+    void zipArchiveDidUnzipFileAtIndex(std::int64_t index, std::int64_t, const std::string&,
+                                       const std::string&) override {
+        if (failed.count(index) == 0) written.push_back(index);
+    }
+};
+
 struct Outcome {
     bool ok = false;
     VPErrorPtr error;
@@ -70,6 +91,12 @@ Outcome unzip(const fs::path& archive, const fs::path& destination, bool overwri
 
 std::int64_t codeOf(const VPErrorPtr& error) {
     return error ? error->code() : 0;
+}
+
+/// The description with the reason, as a user is shown it.
+std::string messageOf(const VPErrorPtr& error) {
+    const Value& reason = error->userInfo().get(kNSLocalizedFailureReasonErrorKey);
+    return error->localizedDescription() + (reason.isString() ? " (" + reason.str() + ")" : "");
 }
 
 } // namespace
@@ -146,6 +173,8 @@ TEST(VPZipArchiveUnzip, SymbolicLinksKeepTheirTargets) {
                                           {.name = "sub/up", .content = "../../outside", .mode = kLink}};
     std::vector<TestEntry> entries = links;
     entries.push_back({.name = "target.txt", .content = "t"});
+    // Links come from Unix hosts alone; an OS X entry of the link type is a file holding the target.
+    entries.push_back({.name = "darwin", .content = "target.txt", .hostSystem = 19, .mode = kLink});
     writeTestArchive(tmp / "l.zip", entries);
     const Outcome run = unzip(tmp / "l.zip", tmp / "out");
     ASSERT_TRUE(run.ok);
@@ -155,6 +184,8 @@ TEST(VPZipArchiveUnzip, SymbolicLinksKeepTheirTargets) {
         EXPECT_EQ(fs::read_symlink(tmp / "out" / link.name).string(), link.content);
     }
     EXPECT_EQ(readFile(tmp / "out/rel"), "t");
+    EXPECT_FALSE(fs::is_symlink(tmp / "out/darwin"));
+    EXPECT_EQ(readFile(tmp / "out/darwin"), "target.txt");
 }
 
 TEST(VPZipArchiveUnzip, NothingIsWrittenThroughALinkThatLeavesTheDestination) {
@@ -204,18 +235,133 @@ TEST(VPZipArchiveUnzip, AnExistingLinkAtAFilesPathIsReplacedNeverFollowed) {
     EXPECT_EQ(readFile(tmp / "over/victim"), "new");
 }
 
-TEST(VPZipArchiveUnzip, NestedArchivesUnpackBesideThemselvesFromLevelOne) {
+TEST(VPZipArchiveUnzip, NestedArchivesUnpackBesideThemselvesWhileTheLevelIsNotZero) {
     TemporaryFolder tmp;
-    writeFile(tmp / "inner.txt", "inside");
+    writeFile(tmp / "deep.txt", "inside");
     ASSERT_TRUE(
-        VPZipArchive::createZipFileAtPath((tmp / "inner.zip").string(), {(tmp / "inner.txt").string()}));
-    writeTestArchive(tmp / "outer.zip", {{.name = "sub/inner.ZIP", .content = readFile(tmp / "inner.zip")},
+        VPZipArchive::createZipFileAtPath((tmp / "deep.zip").string(), {(tmp / "deep.txt").string()}));
+    writeTestArchive(tmp / "middle.zip", {{.name = "deep.zip", .content = readFile(tmp / "deep.zip")},
+                                          {.name = "mid.txt", .content = "mid"}});
+    writeTestArchive(tmp / "outer.zip", {{.name = "sub/middle.ZIP", .content = readFile(tmp / "middle.zip")},
                                          {.name = "top.txt", .content = "top"}});
-    ASSERT_TRUE(unzip(tmp / "outer.zip", tmp / "level0", true, "", 0).ok);
-    EXPECT_EQ(treeOf(tmp / "level0"), (std::vector<std::string>{"sub", "sub/inner.ZIP", "top.txt"}));
-    ASSERT_TRUE(unzip(tmp / "outer.zip", tmp / "level1", true, "", 1).ok);
-    EXPECT_EQ(treeOf(tmp / "level1"), (std::vector<std::string>{"sub", "sub/inner.txt", "top.txt"}));
-    EXPECT_EQ(readFile(tmp / "level1/sub/inner.txt"), "inside");
+    struct Case {
+        int level;
+        std::vector<std::string> tree;
+    };
+    const std::vector<std::string> everything = {"sub", "sub/deep.txt", "sub/mid.txt", "top.txt"};
+    const Case cases[] = {
+        {0, {"sub", "sub/middle.ZIP", "top.txt"}},
+        {1, {"sub", "sub/deep.zip", "sub/mid.txt", "top.txt"}},
+        {2, everything},
+        {-1, everything},
+        {-7, everything},
+    };
+    for (const auto& c : cases) {
+        const fs::path out = tmp / ("level" + std::to_string(c.level));
+        ASSERT_TRUE(unzip(tmp / "outer.zip", out, true, "", c.level).ok) << c.level;
+        EXPECT_EQ(treeOf(out), c.tree) << c.level;
+    }
+    EXPECT_EQ(readFile(tmp / "level-1/sub/deep.txt"), "inside");
+
+    // Every depth has a bound: 40 archives one inside the other unpack 32 deep, not further.
+    fs::path chain = tmp / "deep.zip";
+    for (int i = 0; i < 40; ++i) {
+        const fs::path next = tmp / ("chain" + std::to_string(i) + ".zip");
+        writeTestArchive(next, {{.name = "c.zip", .content = readFile(chain), .store = true}});
+        chain = next;
+    }
+    // Each holds "c.zip", which takes its holder's place and stays when it is not unpacked.
+    ASSERT_TRUE(unzip(chain, tmp / "chain", true, "", -1).ok);
+    EXPECT_EQ(treeOf(tmp / "chain"), (std::vector<std::string>{"c.zip"}));
+    EXPECT_EQ(readFile(tmp / "chain/c.zip"), readFile(tmp / "chain6.zip"));
+}
+
+TEST(VPZipArchiveUnzip, AnEntryThatCannotBeWrittenFailsAloneAndTheRunGoesOn) {
+    TemporaryFolder tmp;
+    std::string deep;
+    for (int i = 0; i < 25; ++i)
+        deep += std::string(200, 'd') + "/";
+    writeTestArchive(tmp / "long.zip", {{.name = "first.txt", .content = "1"},
+                                        {.name = "dir/" + std::string(300, 'n') + ".txt", .content = "x"},
+                                        {.name = deep + "file.txt", .content = "x"},
+                                        {.name = "link", .content = std::string(5000, 't'), .mode = kLink},
+                                        {.name = "last.txt", .content = "2"}});
+    CountingDelegate delegate;
+    const Outcome run = unzip(tmp / "long.zip", tmp / "out", true, "", 0, &delegate);
+    ASSERT_TRUE(run.ok);
+    EXPECT_EQ(treeOf(tmp / "out"), (std::vector<std::string>{"first.txt", "last.txt"}));
+    EXPECT_EQ(delegate.written, (std::vector<std::int64_t>{0, 4}));
+    ASSERT_EQ(delegate.failed.size(), 3u);
+    for (const auto& [index, error] : delegate.failed) {
+        ASSERT_NE(error, nullptr) << index;
+        EXPECT_EQ(error->domain(), kNSPOSIXErrorDomain) << index;
+        EXPECT_EQ(error->code(), ENAMETOOLONG) << index;
+        EXPECT_EQ(messageOf(error).find("outside"), std::string::npos) << messageOf(error);
+        EXPECT_LT(messageOf(error).size(), 1000u) << "long names are shortened in messages";
+    }
+    // As for any link that could not be made, the run reports it.
+    EXPECT_EQ(run.error, delegate.failed[3]);
+}
+
+TEST(VPZipArchiveUnzip, AnEntryThatFailsTheRunNamesItselfAndLeavesNoFile) {
+    TemporaryFolder tmp;
+    std::string noise(200000, '\0');
+    std::mt19937 random(7);
+    for (auto& c : noise)
+        c = static_cast<char>(random());
+    const auto archiveWith = [&](const std::string& file, const TestEntry& bad, auto damage) {
+        writeTestArchive(tmp / file, {{.name = "good.txt", .content = "good"}, bad, {.name = "after.txt"}});
+        std::string bytes = readFile(tmp / file);
+        // The entry's local header ends with its name, which first appears there.
+        damage(bytes, bytes.find("bad.txt") - 30);
+        writeFile(tmp / file, bytes);
+    };
+    const std::string text(200, 'b');
+    archiveWith("crc.zip", {.name = "bad.txt", .content = text, .store = true},
+                [&](std::string& b, std::size_t) { b[b.find(text) + 100] ^= 1; });
+    // The deflated data opens with a block of the reserved type.
+    archiveWith("inflate.zip", {.name = "bad.txt", .content = text}, [&](std::string& b, std::size_t header) {
+        const auto u16 = [&](std::size_t at) {
+            return static_cast<unsigned char>(b[at]) | static_cast<unsigned char>(b[at + 1]) << 8;
+        };
+        b[header + 30 + u16(header + 26) + u16(header + 28)] = '\x07';
+    });
+    archiveWith("big.zip", {.name = "bad.txt", .content = noise, .store = true},
+                [](std::string&, std::size_t) {});
+
+    struct Case {
+        std::string archive;
+        std::int64_t outCode;
+        std::int64_t told;
+    };
+    const Case cases[] = {
+        {"crc.zip", -3, -3},
+        // A read failure is no error of the run's own; the delegate still hears which entry it was.
+        {"inflate.zip", 0, -4},
+        {"big.zip", -5, -5},
+    };
+    for (const auto& c : cases) {
+        const fs::path out = tmp / ("out-" + c.archive);
+        writeFile(out / "bad.txt", "old");
+        CountingDelegate delegate;
+        Outcome run;
+        {
+            std::optional<FileSizeLimit> limit;
+            if (c.archive == "big.zip") limit.emplace(64 * 1024);
+            run = unzip(tmp / c.archive, out, true, "", 0, &delegate);
+        }
+        EXPECT_FALSE(run.ok) << c.archive;
+        EXPECT_EQ(codeOf(run.error), c.outCode) << c.archive;
+        EXPECT_EQ(treeOf(out), (std::vector<std::string>{"bad.txt", "good.txt"})) << c.archive;
+        EXPECT_EQ(readFile(out / "bad.txt"), "old") << c.archive;
+        ASSERT_EQ(delegate.failed.count(1), 1u) << c.archive;
+        const VPErrorPtr& told = delegate.failed[1];
+        EXPECT_EQ(codeOf(told), c.told) << c.archive;
+        EXPECT_NE(messageOf(told).find("bad.txt"), std::string::npos) << messageOf(told);
+        if (run.error) {
+            EXPECT_EQ(run.error, told) << c.archive;
+        }
+    }
 }
 
 TEST(VPZipArchiveUnzip, OverwriteOffKeepsExistingFilesAndSucceeds) {

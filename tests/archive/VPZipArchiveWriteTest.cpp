@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
 #include <stdexcept>
 
 #include <sys/stat.h>
@@ -34,30 +36,108 @@ fs::path makeTree(const fs::path& root) {
 TEST(VPZipArchiveWrite, FilesGoInUnderTheirLastComponentAndAFailureDoesNotStopTheOthers) {
     TemporaryFolder tmp;
     makeTree(tmp / "tree");
-    writeFile(tmp / "other/a.txt", "same name");
     const std::vector<std::string> files = {(tmp / "tree/a.txt").string(), (tmp / "missing.txt").string(),
-                                            (tmp / "other/a.txt").string(),
                                             (tmp / "tree/sub/b.txt").string()};
     VPErrorPtr error;
     std::vector<std::uint64_t> progress;
     EXPECT_FALSE(VPZipArchive::createZipFileAtPath((tmp / "f.zip").string(), files, -1, "", true,
                                                    [&](std::uint64_t done, std::uint64_t total) {
-                                                       EXPECT_EQ(total, 4u);
+                                                       EXPECT_EQ(total, 3u);
                                                        progress.push_back(done);
                                                    },
                                                    &error));
     ASSERT_NE(error, nullptr);
     EXPECT_EQ(error->domain(), kNSPOSIXErrorDomain);
     EXPECT_EQ(error->code(), ENOENT);
-    EXPECT_EQ(progress, (std::vector<std::uint64_t>{1, 2, 3, 4}));
+    EXPECT_EQ(progress, (std::vector<std::uint64_t>{1, 2, 3}));
     EXPECT_EQ(entryNames(tmp / "f.zip"), (std::vector<std::string>{"a.txt", "b.txt"}));
 
     ASSERT_TRUE(VPZipArchive::unzipFileAtPath((tmp / "f.zip").string(), (tmp / "out").string()));
     EXPECT_EQ(readFile(tmp / "out/a.txt"), "alpha");
     EXPECT_EQ(fs::status(tmp / "out/a.txt").permissions(), static_cast<fs::perms>(0754));
-    const StoredEntry stored = storedEntry(tmp / "f.zip", "a.txt");
-    EXPECT_EQ(stored.hostSystem, 3);
-    EXPECT_EQ(stored.externalAttributes >> 16, 0100754u);
+}
+
+// Released assets are flattened to their last path component, so two of them can share a name.
+TEST(VPZipArchiveWrite, AFileOfANameAlreadyWrittenSucceedsAndTakesTheEarlierPlace) {
+    TemporaryFolder tmp;
+    writeFile(tmp / "one/logo.png", "first");
+    writeFile(tmp / "two/logo.png", "second");
+    writeFile(tmp / "two/other.txt", "other");
+    fs::permissions(tmp / "two/logo.png", static_cast<fs::perms>(0740));
+    const std::vector<std::string> files = {(tmp / "one/logo.png").string(), (tmp / "two/other.txt").string(),
+                                            (tmp / "two/logo.png").string()};
+    ASSERT_TRUE(VPZipArchive::createZipFileAtPath((tmp / "plain.zip").string(), files));
+    std::uint64_t entries = 0;
+    ASSERT_TRUE(
+        VPZipArchive::createZipFileAtPath((tmp / "counted.zip").string(), files, -1, "pw", true, {}, nullptr,
+                                          [&](std::uint64_t, std::uint64_t total) { entries = total; }));
+    EXPECT_EQ(entries, 2u) << "entries are counted, not paths";
+    for (const char* archive : {"plain", "counted"}) {
+        const fs::path path = tmp / (std::string(archive) + ".zip");
+        EXPECT_EQ(entryNames(path), (std::vector<std::string>{"other.txt", "logo.png"})) << archive;
+        const fs::path out = tmp / archive;
+        ASSERT_TRUE(VPZipArchive::unzipFileAtPath(path.string(), out.string(), true, "pw", nullptr));
+        EXPECT_EQ(readFile(out / "logo.png"), "second") << archive;
+        EXPECT_EQ(fs::status(out / "logo.png").permissions(), static_cast<fs::perms>(0740)) << archive;
+    }
+
+    // The same for every kind of entry written by an instance.
+    VPZipArchive archive((tmp / "instance.zip").string());
+    ASSERT_TRUE(archive.open());
+    EXPECT_TRUE(archive.writeData("old", "data.bin", 0, "", true));
+    EXPECT_TRUE(archive.writeFolderAtPath((tmp / "one").string(), "folder", ""));
+    EXPECT_TRUE(archive.writeFileAtPath((tmp / "one/logo.png").string(), "data.bin", ""));
+    EXPECT_TRUE(archive.writeFolderAtPath((tmp / "two").string(), "folder", ""));
+    ASSERT_TRUE(archive.close());
+    EXPECT_EQ(entryNames(tmp / "instance.zip"), (std::vector<std::string>{"data.bin", "folder/"}));
+    EXPECT_EQ(storedEntry(tmp / "instance.zip", "data.bin").compressionMethod, kDeflate);
+}
+
+// Version made by 0x13xx (OS X) on every entry, the UTF-8 flag (bit 11) on every name that needs
+// it: the ZIP library decides the low byte, and leaves the flag off plain ASCII names.
+TEST(VPZipArchiveWrite, EntriesAreMadeByOSXAndNamesFlaggedUtf8) {
+    TemporaryFolder tmp;
+    writeFile(tmp / "caf\xC3\xA9.txt", "file");
+    VPZipArchive archive((tmp / "h.zip").string());
+    ASSERT_TRUE(archive.open());
+    ASSERT_TRUE(archive.writeFile((tmp / "caf\xC3\xA9.txt").string(), ""));
+    ASSERT_TRUE(archive.writeData("data", "plain.txt", ""));
+    ASSERT_TRUE(archive.writeData("data", "\xC3\xBC/secret", -1, "pw", true));
+    ASSERT_TRUE(archive.writeData("data", "legacy", -1, "pw", false));
+    ASSERT_TRUE(archive.writeFolderAtPath(tmp.path().string(), "\xE6\x96\x87", ""));
+    ASSERT_TRUE(archive.close());
+    const auto records = centralDirectory(tmp / "h.zip");
+    ASSERT_EQ(records.size(), 5u);
+    for (const auto& record : records) {
+        const bool ascii = std::all_of(record.name.begin(), record.name.end(),
+                                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+        EXPECT_EQ(record.versionMadeBy >> 8, 19) << record.name;
+        EXPECT_EQ((record.flags & 0x800) != 0, !ascii) << record.name;
+        EXPECT_EQ(storedEntry(tmp / "h.zip", record.name).hostSystem, 19) << record.name;
+    }
+    EXPECT_EQ(storedEntry(tmp / "h.zip", "caf\xC3\xA9.txt").externalAttributes >> 16, 0100644u);
+    EXPECT_EQ(storedEntry(tmp / "h.zip", "\xE6\x96\x87/").externalAttributes >> 28, 04u);
+}
+
+TEST(VPZipArchiveWrite, AnArchiveThatCannotBeWrittenLeavesNothingBehind) {
+    TemporaryFolder tmp;
+    std::string noise(200000, '\0');
+    std::mt19937 random(11);
+    for (auto& c : noise)
+        c = static_cast<char>(random());
+    writeFile(tmp / "in/noise.bin", noise);
+    writeFile(tmp / "out/old.zip", "the archive that was there");
+    VPErrorPtr error;
+    {
+        const FileSizeLimit limit(64 * 1024);
+        EXPECT_FALSE(VPZipArchive::createZipFileAtPath(
+            (tmp / "out/old.zip").string(), {(tmp / "in/noise.bin").string()}, -1, "", true, {}, &error));
+        EXPECT_FALSE(VPZipArchive::createZipFileAtPath((tmp / "out/new.zip").string(),
+                                                       {(tmp / "in/noise.bin").string()}));
+    }
+    EXPECT_EQ(error ? error->code() : 0, -5);
+    EXPECT_EQ(treeOf(tmp / "out"), (std::vector<std::string>{"old.zip"}));
+    EXPECT_EQ(readFile(tmp / "out/old.zip"), "the archive that was there");
 }
 
 TEST(VPZipArchiveWrite, DirectoriesWithAndWithoutTheirParent) {
@@ -190,7 +270,6 @@ TEST(VPZipArchiveWrite, CompressionLevelsAndUtf8Names) {
     EXPECT_FALSE(archive.writeData(text, "bad", 10, "", true));
     ASSERT_NE(archive.lastError(), nullptr);
     EXPECT_EQ(archive.lastError()->code(), -6);
-    EXPECT_FALSE(archive.writeData("again", "stored", ""));
     ASSERT_TRUE(archive.close());
 
     const fs::path path = tmp / "levels.zip";

@@ -1,8 +1,11 @@
 #include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -10,17 +13,22 @@
 #include "velmo/foundation/Json.h"
 
 using namespace velmo;
+namespace fs = std::filesystem;
 
 namespace {
 
 struct CommandRun {
     int exitCode = -1;
-    std::string output; // standard output and error together
+    std::string output; // what the redirection sends to the pipe: both streams by default
 };
 
-CommandRun runVelmo(const std::string& arguments) {
+/// Runs the command through the shell: `redirect` says where its streams go ("2>&1 >/dev/full":
+/// standard error to the pipe, standard output to a full device), `environment` is put before it.
+CommandRun runVelmo(const std::string& arguments, const std::string& redirect = "2>&1",
+                    const std::string& environment = "") {
     CommandRun run;
-    const std::string command = std::string(VELMO_CLI_PATH) + " " + arguments + " 2>&1";
+    const std::string command =
+        environment + " " + std::string(VELMO_CLI_PATH) + " " + arguments + " " + redirect;
     FILE* pipe = ::popen(command.c_str(), "r");
     if (!pipe) return run;
     std::array<char, 4096> buffer{};
@@ -32,44 +40,219 @@ CommandRun runVelmo(const std::string& arguments) {
     return run;
 }
 
+const std::string kExamples = VELMO_EXAMPLES_DIR;
+
+/// Case of a table: the command line, the exit code and a text the output must hold.
+struct Case {
+    std::string arguments;
+    int exitCode;
+    std::string says;
+    std::string redirect = "2>&1";
+};
+
 class VelmoCommand : public ::testing::Test {
 protected:
     void SetUp() override { dir_ = Files::makeTemporaryDirectory("velmo-cli"); }
-    void TearDown() override { std::filesystem::remove_all(dir_); }
+    void TearDown() override { fs::remove_all(dir_); }
     std::string file(const std::string& name, const std::string& text) {
         const auto path = dir_ / name;
         Files::writeAtomically(path, text);
         return path.string();
     }
-    std::filesystem::path dir_;
+    std::string path(const std::string& name) const { return (dir_ / name).string(); }
+    void expectAll(const std::vector<Case>& cases) {
+        for (const auto& c : cases) {
+            const CommandRun run = runVelmo(c.arguments, c.redirect);
+            EXPECT_EQ(run.exitCode, c.exitCode) << c.arguments << "\n" << run.output;
+            EXPECT_NE(run.output.find(c.says), std::string::npos) << c.arguments << "\n" << run.output;
+        }
+    }
+    /// Names in the folder, to see that nothing half-written was left.
+    std::vector<std::string> names(const std::string& folder) const {
+        std::vector<std::string> found;
+        for (const auto& entry : fs::directory_iterator(dir_ / folder))
+            found.push_back(entry.path().filename().string());
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+    fs::path dir_;
 };
 
 } // namespace
 
-TEST_F(VelmoCommand, JsonReEncodesAndFailsClearly) {
-    const std::string example = std::string(VELMO_EXAMPLES_DIR) + "/document.json";
-    const struct {
-        std::string arguments;
-        int exitCode;
-        std::string says;
-    } cases[] = {
+TEST_F(VelmoCommand, DocumentsAreReadFromAnyInputOrRefusedWithTheReason) {
+    const std::string example = kExamples + "/document.json";
+    expectAll({
         {"json " + example, 0, "\"model_class\": \"VDModelTheme\""},
-        {"json " + file("missing-dir/none.json", "") + "x", 2, "cannot read"},
-        {"json " + file("bad.json", "{\"model_class\": "), 2, "malformed JSON at offset 16"},
-        {"json " + file("wrong.json", "{\"model_class\": \"Nope\"}"), 1, "not a known model class"},
+        {"json - < " + example, 0, "\"model_class\": \"VDModelTheme\""},
+        {"tree - < " + kExamples + "/view-tree.json", 0, "path=\"form;submit\""},
+        {"json " + path("none.json"), 2, "cannot read " + path("none.json") + ": No such file or directory"},
+        {"json " + dir_.string(), 2, "cannot read " + dir_.string() + ": Is a directory"},
+        {"tree " + dir_.string(), 2, "cannot read " + dir_.string() + ": Is a directory"},
+        {"json " + file("empty.json", ""), 2, "malformed JSON at offset 0"},
+        {"json - < " + file("bad.json", "{\"model_class\": "), 2,
+         "standard input: malformed JSON at offset 16"},
+        {"json " + file("wrong.json", "{\"model_class\": \"Nope\"}"), 1,
+         "not a known model class (\"Nope\")"},
         {"json " + file("list.json", "[1, 2]"), 1, "not a known model class"},
         {"json", 2, "FILE is required"},
-        {"frobnicate", 2, ""},
-    };
-    for (const auto& c : cases) {
-        const CommandRun run = runVelmo(c.arguments);
-        EXPECT_EQ(run.exitCode, c.exitCode) << c.arguments << "\n" << run.output;
-        EXPECT_NE(run.output.find(c.says), std::string::npos) << c.arguments << "\n" << run.output;
+        {"frobnicate", 2, "unknown command 'frobnicate'; the commands are json, tree, zip, unzip"},
+        {"", 2, "no command given"},
+    });
+    if (::geteuid() != 0) {
+        const std::string secret = file("secret.json", "{}");
+        fs::permissions(secret, fs::perms::none);
+        expectAll({{"json " + secret, 2, "cannot read " + secret + ": Permission denied"}});
     }
 }
 
+TEST_F(VelmoCommand, OutputThatCannotBeWrittenFailsTheCommand) {
+    const std::string example = kExamples + "/document.json";
+    const std::string archive = path("a.zip");
+    ASSERT_EQ(runVelmo("zip " + archive + " " + example).exitCode, 0);
+    const std::string full = "2>&1 >/dev/full";
+    expectAll({
+        {"json " + example, 1, "cannot write the output: No space left on device", full},
+        {"tree --json " + kExamples + "/view-tree.json", 1, "No space left on device", full},
+        {"zip " + path("b.zip") + " " + example, 1, "No space left on device", full},
+        {"unzip " + archive + " " + path("out"), 1, "No space left on device", full},
+        {"--help", 1, "No space left on device", full},
+        {"json " + example + " -o " + dir_.string(), 1, "cannot write " + dir_.string() + ": Is a directory"},
+        {"json " + example + " -o " + archive + "/x.json", 1, "Not a directory"},
+    });
+    const CommandRun written = runVelmo("json --compact " + example + " -o " + path("copy.json"));
+    EXPECT_EQ(written.exitCode, 0) << written.output;
+    EXPECT_EQ(Json::parse(*Files::read(path("copy.json"))).dictionary().get("name"), Value("Example Theme"));
+    // The archive was made; only its summary was lost.
+    EXPECT_EQ(names(""), (std::vector<std::string>{"a.zip", "b.zip", "copy.json", "out"}))
+        << "no temporary file left";
+}
+
+TEST_F(VelmoCommand, LibraryLogShowsOnlyWhenAskedAndIsCut) {
+    const std::string wrong =
+        file("wrong.json", "{\"model_class\": \"Nope\", \"x\": \"" + std::string(200'000, 'x') + "\"}");
+    const std::string line = "velmo: " + wrong + ": the top level is not a known model class (\"Nope\")\n";
+    EXPECT_EQ(runVelmo("json " + wrong).output, line);
+    EXPECT_EQ(runVelmo("json -q " + wrong).output, line);
+    for (const auto& [arguments, environment] :
+         {std::pair{"--verbose json " + wrong, ""}, std::pair{"json " + wrong, "VELMO_LOG=debug"}}) {
+        const CommandRun run = runVelmo(arguments, "2>&1", environment);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_NE(run.output.find("Wrong model class in dictionary: "), std::string::npos) << arguments;
+        EXPECT_NE(run.output.find(" [... cut, "), std::string::npos) << arguments;
+        EXPECT_LT(run.output.size(), 2000u) << arguments;
+        EXPECT_TRUE(run.output.ends_with(line)) << "the command's own line, once";
+    }
+}
+
+TEST_F(VelmoCommand, HelpAndVersionPromiseOnlyWhatIsThere) {
+    const CommandRun help = runVelmo("--help");
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_NE(help.output.find("Usage: velmo [OPTIONS] SUBCOMMAND"), std::string::npos) << help.output;
+    EXPECT_EQ(help.output.find("repair"), std::string::npos);
+    const CommandRun unzipHelp = runVelmo("unzip --help");
+    EXPECT_NE(unzipHelp.output.find("(default 4G)"), std::string::npos) << unzipHelp.output;
+    EXPECT_NE(unzipHelp.output.find("VELMO_ZIP_PASSWORD"), std::string::npos);
+
+    // The host's settings are read when there is work, and only then warned about.
+    const std::string badHost = "VELMO_HOST_CONFIG=" + file("host.json", "{oops");
+    const CommandRun version = runVelmo("--version", "2>&1", badHost);
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_TRUE(version.output.starts_with("velmo ") &&
+                version.output.find('\n') == version.output.size() - 1)
+        << version.output;
+    const std::string example = kExamples + "/document.json";
+    EXPECT_NE(runVelmo("json " + example, "2>&1 >/dev/null", badHost).output.find("warning: "),
+              std::string::npos);
+    EXPECT_EQ(runVelmo("json -q " + example, "2>&1 >/dev/null", badHost).output, "");
+}
+
+TEST_F(VelmoCommand, ZipWritesWholeArchivesOnlyAndCountsEntries) {
+    file("site/a/one.txt", "1");
+    file("site/a/two.txt", "2");
+    file("site/three.txt", "3");
+    fs::create_directories(dir_ / "site" / "empty");
+    const std::string site = path("site");
+    const std::string archive = path("out/site.zip");
+    fs::create_directories(dir_ / "out");
+    expectAll({
+        // Three files and an empty folder; "a" holds files, so it has no entry of its own.
+        {"zip " + archive + " " + site, 0, archive + ": 4 entries zipped"},
+        {"zip " + path("out/one.zip") + " " + site + "/three.txt", 0, ": 1 entry zipped"},
+        {"zip " + path("out/x.zip") + " " + path("nothing"), 2,
+         "cannot read " + path("nothing") + ": No such"},
+        {"zip " + path("out") + " " + site + "/three.txt", 1,
+         "cannot write " + path("out") + ": Is a directory"},
+        {"zip " + path("missing/x.zip") + " " + site + "/three.txt", 1, "No such file or directory"},
+        {"zip " + path("site/in.zip") + " " + site, 2, "inside " + site + ", the directory being zipped"},
+        {"zip -q " + path("out/two.zip") + " " + site + "/three.txt", 0, ""},
+    });
+    EXPECT_EQ(names("out"), (std::vector<std::string>{"one.zip", "site.zip", "two.zip"}))
+        << "no temporary file left";
+    EXPECT_EQ(runVelmo("zip -q " + path("out/three.zip") + " " + site + "/three.txt").output, "");
+    EXPECT_EQ(runVelmo("zip here.zip .", "2>&1", "cd " + site + " &&").exitCode, 2) << "relative paths alike";
+}
+
+TEST_F(VelmoCommand, UnzipCountsWhatLandsAndKeepsToItsLimits) {
+    file("src/a/b.txt", "b");
+    file("src/c.txt", "c");
+    const std::string archive = path("two.zip");
+    ASSERT_EQ(runVelmo("zip " + archive + " " + path("src")).exitCode, 0);
+    file("blocked/a", "a file where the archive has a folder");
+    file("zeros/zeros.bin", std::string(3 << 20, '\0'));
+    const std::string bomb = path("zeros.zip");
+    ASSERT_EQ(runVelmo("zip " + bomb + " " + path("zeros")).exitCode, 0);
+    expectAll({
+        {"unzip " + archive + " " + path("fine"), 0,
+         archive + " -> " + path("fine") + ": 2 entries unzipped"},
+        {"unzip " + archive + " " + path("blocked"), 1,
+         "cannot write " + path("blocked") + "/a/b.txt: Not a directory"},
+        {"unzip -q " + archive + " " + path("blocked"), 1, ": 1 entry unzipped, 1 failed"},
+        {"unzip " + archive + " " + path("fine") + " --no-overwrite", 0,
+         "0 entries unzipped, 2 kept as they were"},
+        {"unzip " + archive + " " + path("src/c.txt"), 1,
+         "cannot unzip into " + path("src/c.txt") + ": Not a directory"},
+        {"unzip " + path("src") + " " + path("x"), 2, "cannot read " + path("src") + ": Is a directory"},
+        {"unzip " + path("src/c.txt") + " " + path("x"), 2,
+         "cannot read " + path("src/c.txt") + ": Not a zip archive"},
+        {"unzip " + bomb + " " + path("x") + " --max-size 1M", 1, "the limits are 1M in all, 2G per entry"},
+        {"unzip " + bomb + " " + path("x") + " --max-entry-size 2m", 1, "zeros.bin"},
+        {"unzip " + bomb + " " + path("x") + " --max-size 12Q", 2, "--max-size: not a size"},
+        {"unzip " + bomb + " " + path("x") + " --no-limits --max-size 1G", 2, "--no-limits leaves no limit"},
+        {"unzip " + bomb + " " + path("big") + " --max-size 3M", 0, "1 entry unzipped"},
+    });
+    EXPECT_FALSE(fs::exists(dir_ / "x"))
+        << "nothing unpacked past a limit, nor for an archive that doesn't open";
+    EXPECT_EQ(fs::file_size(dir_ / "big" / "zeros.bin"), 3u << 20);
+    if (::geteuid() != 0) {
+        fs::create_directories(dir_ / "locked");
+        fs::permissions(dir_ / "locked", fs::perms::owner_read | fs::perms::owner_exec);
+        expectAll({{"unzip " + archive + " " + path("locked"), 1,
+                    "cannot unzip into " + path("locked") + ": Permission denied"}});
+    }
+}
+
+TEST_F(VelmoCommand, PasswordsComeFromStandardInputOrTheEnvironment) {
+    const std::string source = file("notes.txt", "hello");
+    const std::string archive = path("secret.zip");
+    EXPECT_EQ(
+        runVelmo("zip " + archive + " " + source + " --password -", "2>&1", "printf 'pw\\n' |").exitCode, 0);
+    expectAll({
+        {"unzip " + archive + " " + path("x"), 1, "the archive is encrypted: give its password"},
+        {"unzip " + archive + " " + path("x") + " --password nope", 1, "Wrong password"},
+        {"unzip " + archive + " " + path("x") + " --password - < /dev/null", 2,
+         "standard input holds no password"},
+    });
+    EXPECT_EQ(runVelmo("unzip " + archive + " " + path("y"), "2>&1", "VELMO_ZIP_PASSWORD=pw").exitCode, 0);
+    EXPECT_EQ(Files::read(dir_ / "y" / "notes.txt"), "hello");
+    EXPECT_EQ(
+        runVelmo("unzip " + archive + " " + path("z") + " --password -", "2>&1", "printf 'pw' |").exitCode,
+        0);
+    EXPECT_EQ(Files::read(dir_ / "z" / "notes.txt"), "hello");
+}
+
 TEST_F(VelmoCommand, CompactJsonIsOneLineThatReadsBack) {
-    const CommandRun run = runVelmo("json --compact " + std::string(VELMO_EXAMPLES_DIR) + "/document.json");
+    const CommandRun run = runVelmo("json --compact " + kExamples + "/document.json");
     ASSERT_EQ(run.exitCode, 0) << run.output;
     EXPECT_EQ(run.output.find('\n'), run.output.size() - 1);
     const Value back = Json::parse(run.output);
@@ -78,25 +261,13 @@ TEST_F(VelmoCommand, CompactJsonIsOneLineThatReadsBack) {
 }
 
 TEST_F(VelmoCommand, TreePrintsEachViewWithItsPath) {
-    const CommandRun run = runVelmo("tree " + std::string(VELMO_EXAMPLES_DIR) + "/view-tree.json");
+    const CommandRun run = runVelmo("tree " + kExamples + "/view-tree.json");
     ASSERT_EQ(run.exitCode, 0) << run.output;
     EXPECT_NE(run.output.find("    VDModelView submit \"Submit\" (16, 220, 343x48) path=\"form;submit\""),
               std::string::npos)
         << run.output;
-    const CommandRun json = runVelmo("tree --json " + std::string(VELMO_EXAMPLES_DIR) + "/view-tree.json");
+    const CommandRun json = runVelmo("tree --json " + kExamples + "/view-tree.json");
     ASSERT_EQ(json.exitCode, 0);
     EXPECT_EQ(Json::parse(json.output).array()[0].dictionary().get("subviews").array().size(), 2u);
-    EXPECT_EQ(runVelmo("tree " + std::string(VELMO_EXAMPLES_DIR) + "/document.json").exitCode, 1)
-        << "a document without views";
-}
-
-TEST_F(VelmoCommand, ZipAndUnzipRoundTripAndReportFailures) {
-    const std::string source = file("notes.txt", "hello");
-    const std::string archive = (dir_ / "out.zip").string();
-    EXPECT_EQ(runVelmo("zip " + archive + " " + source + " --password pw").exitCode, 0);
-    const CommandRun wrong = runVelmo("unzip " + archive + " " + (dir_ / "x").string() + " --password nope");
-    EXPECT_EQ(wrong.exitCode, 1) << wrong.output;
-    EXPECT_EQ(runVelmo("unzip " + archive + " " + (dir_ / "y").string() + " --password pw").exitCode, 0);
-    EXPECT_EQ(Files::read(dir_ / "y" / "notes.txt"), "hello");
-    EXPECT_EQ(runVelmo("zip " + archive).exitCode, 2) << "no paths is bad usage";
+    EXPECT_EQ(runVelmo("tree " + kExamples + "/document.json").exitCode, 1) << "a document without views";
 }

@@ -49,3 +49,28 @@ TEST(Files, VelmoHomeFollowsTheEnvironment) {
     ::unsetenv("XDG_CONFIG_HOME");
     if (saved) ::setenv("VELMO_HOME", saved, 1);
 }
+
+TEST(Files, ReadingAndWritingSayWhyTheyFailed) {
+    const fs::path dir = Files::makeTemporaryDirectory();
+    std::error_code error;
+    EXPECT_FALSE(Files::read(dir, error));
+    EXPECT_EQ(error, std::errc::is_a_directory) << "a directory has no bytes, not a huge size";
+    EXPECT_FALSE(Files::read(dir / "missing", error));
+    EXPECT_EQ(error, std::errc::no_such_file_or_directory);
+    // Files the system makes up as they are read say they are empty.
+    const auto status = Files::read("/proc/self/status", error);
+    ASSERT_TRUE(status) << error.message();
+    EXPECT_NE(status->find("Name:"), std::string::npos);
+    EXPECT_FALSE(error);
+
+    ASSERT_TRUE(Files::writeAtomically(dir / "file", "x"));
+    EXPECT_FALSE(Files::writeAtomically(dir, "x", 0644, error));
+    EXPECT_EQ(error, std::errc::is_a_directory);
+    EXPECT_FALSE(Files::writeAtomically(dir / "file" / "below", "x", 0644, error));
+    EXPECT_EQ(error, std::errc::not_a_directory);
+    std::size_t files = 0;
+    for ([[maybe_unused]] const auto& e : fs::directory_iterator(dir))
+        ++files;
+    EXPECT_EQ(files, 1u) << "no temporary file is left behind";
+    fs::remove_all(dir);
+}

@@ -80,6 +80,7 @@ NetTestServer::NetTestServer() {
     });
     s.Get("/nocontent", [](const httplib::Request&, httplib::Response& res) { res.status = 204; });
     s.Get("/redirect", [](const httplib::Request&, httplib::Response& res) { res.set_redirect("/echo"); });
+    s.Get("/loop", [](const httplib::Request&, httplib::Response& res) { res.set_redirect("/loop"); });
     s.Get("/slow", [this](const httplib::Request& req, httplib::Response& res) {
         InFlight inFlight(*this);
         ++slowStarted_;

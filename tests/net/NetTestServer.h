@@ -28,6 +28,7 @@ namespace velmo::test {
 ///   /status/CODE      {"error":"status CODE"} as JSON with that status
 ///   /nocontent        204 without a body
 ///   /redirect         302 to /echo
+///   /loop             302 to itself
 ///   /slow?ms=N        "late" after N milliseconds
 ///   /drip?bytes=N&ms=M  N bytes spread over M milliseconds, without a length
 ///   /big?bytes=N      N bytes with a length, in 64 KiB pieces

@@ -32,6 +32,11 @@ std::string RawRequestCapture::body() const {
     return body_;
 }
 
+std::string RawRequestCapture::requestLine() const {
+    std::lock_guard lock(mutex_);
+    return requestLine_;
+}
+
 void RawRequestCapture::serve() {
     boost::system::error_code ec;
     tcp::socket socket(io_);
@@ -52,6 +57,7 @@ void RawRequestCapture::serve() {
     {
         std::lock_guard lock(mutex_);
         body_ = std::move(body);
+        requestLine_ = head.substr(0, head.find("\r\n"));
     }
     asio::write(
         socket,

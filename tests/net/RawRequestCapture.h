@@ -21,6 +21,8 @@ public:
     std::string url() const;
     /// The body as it came; empty until the request has been answered.
     std::string body() const;
+    /// The request line without its line break ("GET /raw?a=1 HTTP/1.1"); empty until answered.
+    std::string requestLine() const;
 
 private:
     void serve();
@@ -29,6 +31,7 @@ private:
     boost::asio::ip::tcp::acceptor acceptor_;
     mutable std::mutex mutex_;
     std::string body_;
+    std::string requestLine_;
     std::thread thread_;
 };
 

@@ -515,7 +515,6 @@ bool VPZipArchive::added(ZipResult result, const std::string& name) {
         lastError_ = nullptr;
         return true;
     }
-    // A name already taken lands here too: the later file fails, alone.
     const std::string reason = fmt::format("can't add \"{}\": {}", name, output_->lastMessage());
     SystemLog::log("[VPZipArchive] " + reason);
     return fail(errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {}, reason));

@@ -55,7 +55,7 @@ struct VPZipUnzipLimits {
 ///
 /// Passwords are UTF-8 text; an empty password means none. Instances are not shared between threads.
 class VPZipArchive {
-  public:
+public:
     /// (entry name, entry information, entry index, number of entries), after each unpacked entry.
     using ProgressHandler = std::function<void(const std::string& entry, const VPZipFileInfo& info,
                                                std::int64_t entryNumber, std::int64_t total)>;
@@ -66,7 +66,8 @@ class VPZipArchive {
     using WriteProgressHandler = std::function<void(std::uint64_t done, std::uint64_t total)>;
     /// (entries written, entries in the archive) while `close` writes the archive, which is where
     /// the time goes: files are read and compressed there, not when added. Entries, not paths: a
-    /// folder that holds something adds none, and a file left out lowers the total. Called as each
+    /// folder that holds something adds none, nor does a file that takes the place of an
+    /// earlier one of its name, and a file left out lowers the total. Called as each
     /// entry is finished, rising, and last with (total, total).
     using CompressionProgressHandler = std::function<void(std::uint64_t written, std::uint64_t total)>;
 
@@ -120,7 +121,12 @@ class VPZipArchive {
     /// that doesn't open with -1, then a destination that is not a directory with -6. Entries are written
     /// under `destination`, never outside it: names are sanitized, and an entry that would be written through
     /// a symbolic link leading elsewhere stops the run with the invalid-argument error. Inner archives
-    /// ("*.zip" in any case) are unpacked beside themselves and removed while `nestedZipLevel` is above 0.
+    /// ("*.zip" in any case) are unpacked beside themselves and removed while `nestedZipLevel` is not 0;
+    /// below 0 at every depth, up to 32 archives deep.
+    /// An entry that can't be written where it belongs (a path too long for the system, a folder that
+    /// can't be written, a link target over 4096 bytes) fails alone: it is logged, the delegate hears
+    /// of it (`zipArchiveDidFailToUnzipFileAtIndex`) and the run goes on, still a success. Files are
+    /// written under a temporary name and renamed into place whole, so a failed one leaves nothing.
     /// The out error can be set on success, when a symbolic link could not be made.
     // unzipFileAtPath:toDestination:preserveAttributes:overwrite:nestedZipLevel:password:error:delegate:progressHandler:completionHandler:
     static bool unzipFileAtPath(const std::string& path, const std::string& destination,
@@ -132,14 +138,14 @@ class VPZipArchive {
     // ---- writing: class operations
 
     /// Each file goes in under its last path component. True only if every file and the archive
-    /// were written; a file that fails doesn't stop the others.
+    /// were written; a file that fails doesn't stop the others, which are written. Two files of
+    /// the same last component both succeed, and the archive holds the later one under that name.
     // createZipFileAtPath:withFilesAtPaths:
     static bool createZipFileAtPath(const std::string& path, const std::vector<std::string>& filePaths);
     // createZipFileAtPath:withFilesAtPaths:withPassword:
     static bool createZipFileAtPath(const std::string& path, const std::vector<std::string>& filePaths,
                                     const std::string& password);
     /// The full form of the above, with the writing options of a directory and the first failure.
-    /// Two files of the same name: the second fails, alone.
     static bool createZipFileAtPath(const std::string& path, const std::vector<std::string>& filePaths,
                                     int compressionLevel, const std::string& password, bool aes,
                                     const WriteProgressHandler& progressHandler, VPErrorPtr* error = nullptr,
@@ -194,7 +200,8 @@ class VPZipArchive {
 
     const std::string& path() const { return path_; }
 
-    /// Starts a new archive; one already at the path is replaced when the archive is closed.
+    /// Starts a new archive; one already at the path is replaced when the archive is closed. An
+    /// entry of a name already written replaces the earlier entry.
     bool open();
     /// An entry of the folder name plus "/", with the folder's date and permissions. It holds
     /// nothing, so it is never encrypted; the password is taken as every write takes one.
@@ -230,7 +237,7 @@ class VPZipArchive {
     static VPErrorPtr errorWithCode(VPZipArchiveErrorCode code, std::string_view description = {},
                                     std::string_view reason = {});
 
-  private:
+private:
     friend class ZipUnpacker;
 
     /// An error of the platform's errno domain.

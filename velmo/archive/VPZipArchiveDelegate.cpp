@@ -26,6 +26,9 @@ void VPZipArchiveDelegate::zipArchiveDidUnzipFileAtIndex(std::int64_t, std::int6
 void VPZipArchiveDelegate::zipArchiveDidUnzipFileAtIndex(std::int64_t, std::int64_t, const std::string&,
                                                          const std::string&) {}
 
+void VPZipArchiveDelegate::zipArchiveDidFailToUnzipFileAtIndex(std::int64_t, std::int64_t, const std::string&,
+                                                               const VPZipFileInfo&, const VPErrorPtr&) {}
+
 void VPZipArchiveDelegate::zipArchiveDidUnzipArchiveAtPath(const std::string&, const VPZipArchiveInfo&,
                                                            const std::string&) {}
 

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "velmo/foundation/VPError.h"
+
 namespace velmo {
 
 /// What an archive's directory says of the archive as a whole.
@@ -15,7 +17,7 @@ struct VPZipArchiveInfo {
 struct VPZipFileInfo {
     /// The name's bytes as stored, before any decoding.
     std::string rawName;
-    /// High byte of "version made by": 0 for DOS-like systems, 3 for Unix.
+    /// High byte of "version made by": 0 for DOS-like systems, 3 for Unix, 19 for OS X.
     std::uint8_t hostSystem = 0;
     std::uint32_t externalAttributes = 0;
     /// Local time in MS-DOS form; 0 when the entry has no date the form can hold.
@@ -37,7 +39,7 @@ struct VPZipFileInfo {
 /// is there for delegates that stand in for others (a bridge to a host answers only what the host
 /// implements). A delegate that doesn't answer `ShouldUnzipFile` lets every entry through.
 class VPZipArchiveDelegate {
-  public:
+public:
     enum class Operation {
         WillUnzipArchive,
         ProgressEvent,
@@ -46,6 +48,7 @@ class VPZipArchiveDelegate {
         DidUnzipFileWithInfo,
         DidUnzipFileToPath,
         DidUnzipArchive,
+        DidFailToUnzipFile,
     };
 
     virtual ~VPZipArchiveDelegate() = 0;
@@ -73,11 +76,23 @@ class VPZipArchiveDelegate {
     virtual void zipArchiveDidUnzipFileAtIndex(std::int64_t fileIndex, std::int64_t totalFiles,
                                                const std::string& archivePath,
                                                const std::string& unzippedFilePath);
+    /// An entry that was not unpacked: `error` says why and names the entry or its path. Called at
+    /// most once for an entry, when its failure is known, both for a failure the run goes on after (a
+    /// path too long for the system, a folder that can't be written, a link that can't be made, a
+    /// directory in a file's place) and for the one that ends the run (damaged data, a wrong password,
+    /// a full disk). A failed file leaves nothing behind. When the run goes on, the entry's did-unzip
+    /// operations and the progress handler still follow, as for every entry the run gets through; an
+    /// entry was written when those come for it without this operation first. Entries left alone on
+    /// purpose (an existing file kept without overwrite, "__MACOSX/" shadows) get neither.
+    // zipArchiveDidFailToUnzipFileAtIndex:totalFiles:archivePath:fileInfo:error:
+    virtual void zipArchiveDidFailToUnzipFileAtIndex(std::int64_t fileIndex, std::int64_t totalFiles,
+                                                     const std::string& archivePath,
+                                                     const VPZipFileInfo& fileInfo, const VPErrorPtr& error);
     // zipArchiveDidUnzipArchiveAtPath:zipInfo:unzippedPath:
     virtual void zipArchiveDidUnzipArchiveAtPath(const std::string& path, const VPZipArchiveInfo& zipInfo,
                                                  const std::string& unzippedPath);
 
-  protected:
+protected:
     VPZipArchiveDelegate() = default;
     VPZipArchiveDelegate(const VPZipArchiveDelegate&) = default;
     VPZipArchiveDelegate& operator=(const VPZipArchiveDelegate&) = default;

@@ -9,7 +9,7 @@ namespace velmo {
 /// Entry names as archives store them, made into text and into relative paths that stay inside
 /// the folder they are unpacked to.
 class ZipEntryName {
-  public:
+public:
     /// The stored bytes as UTF-8 text. Names from DOS-like systems (host 0) that aren't flagged
     /// UTF-8 are code page 437; otherwise UTF-8 is tried first, then Windows-1252 as the best
     /// guess, and last the hexadecimal text of the bytes, so every name gives some text.

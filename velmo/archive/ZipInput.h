@@ -14,7 +14,7 @@ namespace velmo {
 /// An archive open for reading, one entry at a time: the archive wrapper's only way into the ZIP
 /// library for reading.
 class ZipInput {
-  public:
+public:
     ZipInput();
     ~ZipInput();
     ZipInput(const ZipInput&) = delete;
@@ -38,7 +38,7 @@ class ZipInput {
     /// The library's text for the last failure, for failure reasons and logs.
     const std::string& lastMessage() const { return lastMessage_; }
 
-  private:
+private:
     struct Impl;
     std::unique_ptr<Impl> impl_;
     std::string lastMessage_;

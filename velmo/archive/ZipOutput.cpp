@@ -78,9 +78,11 @@ struct ZipOutput::Impl {
             rc = zip_file_set_dostime(archive, index, static_cast<zip_uint16_t>(options.dosDate & 0xffff),
                                       static_cast<zip_uint16_t>(options.dosDate >> 16), 0);
         }
-        // Unix as the host system, so readers take the mode from the top of the attributes.
+        // Version made by 0x13xx: the host system is OS X (19), whose readers, like Unix's, take the
+        // mode from the top half of the attributes (Info-ZIP's unzip 6 takes it from Unix hosts alone).
+        // The library writes its own version in the low byte; the host is what it lets us choose.
         if (rc == 0)
-            rc = zip_file_set_external_attributes(archive, index, 0, ZIP_OPSYS_UNIX, options.mode << 16);
+            rc = zip_file_set_external_attributes(archive, index, 0, ZIP_OPSYS_OS_X, options.mode << 16);
         if (rc == 0 && !isDirectory && !options.password.empty()) {
             rc = zip_file_set_encryption(archive, index, options.aes ? ZIP_EM_AES_256 : ZIP_EM_TRAD_PKWARE,
                                          options.password.c_str());
@@ -91,15 +93,55 @@ struct ZipOutput::Impl {
         return result;
     }
 
+    /// Adds `source` as the entry `name`, configured. `replaced` is the index of the earlier entry of
+    /// that name, when it is gone: the new one took its place (or, short of memory, failed after it
+    /// went); otherwise -1.
     ZipResult add(const std::string& name, zip_source_t* source, const EntryOptions& options,
-                  std::string& message, zip_int64_t& index) {
+                  bool isDirectory, std::string& message, zip_int64_t& index, zip_int64_t& replaced) {
+        replaced = -1;
         if (!source) return fail(zip_get_error(archive), message);
+        // Names are taken as UTF-8. The library flags those that aren't plain ASCII (general-purpose
+        // bit 11) and keeps the flag off the others, which read the same either way.
         index = zip_file_add(archive, name.c_str(), source, ZIP_FL_ENC_UTF_8);
+        if (index < 0 && zip_error_code_zip(zip_get_error(archive)) == ZIP_ER_EXISTS) {
+            // The library holds a name once. Written twice, a name unpacks to the later file in any
+            // reader, so the later file takes the earlier entry's place: it is added under a name of
+            // its own, set up, and only then renamed over the earlier, which stays as it was if
+            // anything before the renaming fails.
+            replaced = zip_name_locate(archive, name.c_str(), 0);
+            if (replaced >= 0) {
+                zip_error_clear(archive);
+                std::string placeholder;
+                for (int n = 0; placeholder.empty() || zip_name_locate(archive, placeholder.c_str(), 0) >= 0;
+                     ++n)
+                    placeholder = ".velmo-replacing-" + std::to_string(n) + (isDirectory ? "/" : "");
+                index = zip_file_add(archive, placeholder.c_str(), source, ZIP_FL_ENC_UTF_8);
+            }
+        }
         if (index < 0) {
             zip_source_free(source);
+            replaced = -1;
             return fail(zip_get_error(archive), message);
         }
-        return configure(index, options, false, message);
+        ZipResult result = configure(index, options, isDirectory, message);
+        if (result != ZipResult::Ok) replaced = -1;
+        if (result == ZipResult::Ok && replaced >= 0 &&
+            (zip_delete(archive, static_cast<zip_uint64_t>(replaced)) != 0 ||
+             zip_file_rename(archive, static_cast<zip_uint64_t>(index), name.c_str(), ZIP_FL_ENC_UTF_8) !=
+                 0)) {
+            // Only short of memory (the placeholder is a folder's name when the name is): neither
+            // entry is in the archive now.
+            result = fail(zip_get_error(archive), message);
+            zip_delete(archive, static_cast<zip_uint64_t>(index));
+        }
+        return result;
+    }
+
+    /// The record of a file entry whose place a later one took is dropped with it.
+    void forget(zip_int64_t replaced) {
+        if (replaced < 0) return;
+        std::erase_if(files,
+                      [&](const auto& file) { return file.first == static_cast<zip_uint64_t>(replaced); });
     }
 };
 
@@ -141,11 +183,14 @@ ZipResult ZipOutput::addFile(const std::string& name, const std::string& sourceP
                              const EntryOptions& options) {
     if (!impl_->archive) return ZipResult::InvalidArgument;
     zip_int64_t index = -1;
+    zip_int64_t replaced = -1;
     const ZipResult result = impl_->add(name, zip_source_file(impl_->archive, sourcePath.c_str(), 0, -1),
-                                        options, lastMessage_, index);
-    if (result == ZipResult::Ok)
+                                        options, false, lastMessage_, index, replaced);
+    impl_->forget(replaced);
+    if (result == ZipResult::Ok) {
         impl_->files.emplace_back(static_cast<zip_uint64_t>(index), DroppedFile{name, sourcePath, 0});
-    return counted(result);
+    }
+    return counted(result, replaced);
 }
 
 ZipResult ZipOutput::addData(const std::string& name, std::string_view data, const EntryOptions& options) {
@@ -157,14 +202,23 @@ ZipResult ZipOutput::addData(const std::string& name, std::string_view data, con
     zip_source_t* source = zip_source_buffer(impl_->archive, copy, data.size(), 1);
     if (!source) std::free(copy);
     zip_int64_t index = -1;
-    return counted(impl_->add(name, source, options, lastMessage_, index));
+    zip_int64_t replaced = -1;
+    const ZipResult result = impl_->add(name, source, options, false, lastMessage_, index, replaced);
+    impl_->forget(replaced);
+    return counted(result, replaced);
 }
 
 ZipResult ZipOutput::addDirectory(const std::string& name, const EntryOptions& options) {
     if (!impl_->archive) return ZipResult::InvalidArgument;
-    const zip_int64_t index = zip_dir_add(impl_->archive, name.c_str(), ZIP_FL_ENC_UTF_8);
-    if (index < 0) return impl_->fail(zip_get_error(impl_->archive), lastMessage_);
-    return counted(impl_->configure(index, options, true, lastMessage_));
+    // What the library's own directory entry is, an empty entry whose name ends in "/", added as
+    // files are, so that a folder added twice is replaced as a file is.
+    const std::string entryName = name.ends_with('/') ? name : name + "/";
+    zip_int64_t index = -1;
+    zip_int64_t replaced = -1;
+    const ZipResult result = impl_->add(entryName, zip_source_buffer(impl_->archive, nullptr, 0, 0), options,
+                                        true, lastMessage_, index, replaced);
+    impl_->forget(replaced);
+    return counted(result, replaced);
 }
 
 ZipResult ZipOutput::close(const CloseProgress& progress) {
@@ -228,8 +282,9 @@ bool ZipOutput::dropUnreadableFiles() {
     return dropped_.size() > before;
 }
 
-ZipResult ZipOutput::counted(ZipResult result) {
-    if (result == ZipResult::Ok) ++entries_;
+ZipResult ZipOutput::counted(ZipResult result, std::int64_t replaced) {
+    if (result == ZipResult::Ok && replaced < 0) ++entries_;
+    if (result != ZipResult::Ok && replaced >= 0) --entries_;
     return result;
 }
 

@@ -16,7 +16,7 @@ namespace velmo {
 /// `close`, one source file open at a time. A file that can no longer be read by then is left
 /// out, and the rest is written.
 class ZipOutput {
-  public:
+public:
     struct EntryOptions {
         /// -1 for the default level (6), 0 to store, 1 to 9 to deflate.
         int compressionLevel = -1;
@@ -50,6 +50,8 @@ class ZipOutput {
     /// Entries added since `open`.
     std::uint64_t entryCount() const { return entries_; }
 
+    /// An entry of a name already in the archive takes the earlier one's place: the archive holds a
+    /// name once, and what any reader would unpack from two entries of one name is the later.
     /// The file's bytes, read when the archive is closed.
     ZipResult addFile(const std::string& name, const std::string& sourcePath, const EntryOptions& options);
     ZipResult addData(const std::string& name, std::string_view data, const EntryOptions& options);
@@ -67,8 +69,10 @@ class ZipOutput {
     /// The files the last `close` left out.
     const std::vector<DroppedFile>& droppedFiles() const { return dropped_; }
 
-  private:
-    ZipResult counted(ZipResult result);
+private:
+    /// Counts an entry added, unless it took the place of one of the same name; one gone without
+    /// a replacement is counted off.
+    ZipResult counted(ZipResult result, std::int64_t replaced);
     /// Deletes the entries whose files no longer open; false when there is none.
     bool dropUnreadableFiles();
 

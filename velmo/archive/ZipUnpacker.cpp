@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 
 #include <fcntl.h>
@@ -13,6 +14,7 @@
 #include "velmo/archive/DosDate.h"
 #include "velmo/archive/ZipEntryName.h"
 #include "velmo/foundation/SystemLog.h"
+#include "velmo/foundation/Uuid.h"
 
 namespace velmo {
 
@@ -25,6 +27,9 @@ constexpr std::uint32_t kSymbolicLinkType = 0xA;
 constexpr std::size_t kChunkSize = 4096;
 // The longest target a symbolic link can have here.
 constexpr std::size_t kMaxLinkTarget = 4096;
+// Inner archives are unpacked at most this deep, whatever the level asks: an archive that holds
+// itself would otherwise never end.
+constexpr int kMaxNestingDepth = 32;
 
 constexpr const char* kFailedOpenFileInZip = "failed to open file in zip file";
 constexpr const char* kFailedRetrieveInfo = "failed to retrieve info for file";
@@ -54,6 +59,34 @@ int writeAll(int fd, const char* data, std::size_t size) {
         size -= static_cast<std::size_t>(n);
     }
     return 0;
+}
+
+/// A name or path for a message: as it is, or cut in the middle when it is longer than a reader
+/// would want to see (a path too long for the system is thousands of bytes).
+std::string shown(std::string_view text) {
+    constexpr std::size_t kKept = 100;
+    if (text.size() <= 2 * kKept + 3) return std::string(text);
+    const auto continues = [&](std::size_t i) {
+        return (static_cast<unsigned char>(text[i]) & 0xC0) == 0x80;
+    };
+    std::size_t head = kKept;
+    while (head > 0 && continues(head))
+        --head;
+    std::size_t tail = text.size() - kKept;
+    while (tail < text.size() && continues(tail))
+        ++tail;
+    return fmt::format("{}...{}", text.substr(0, head), text.substr(tail));
+}
+
+std::string entryReason(std::string_view name, std::string_view why = {}) {
+    return why.empty() ? fmt::format("entry \"{}\"", shown(name))
+                       : fmt::format("entry \"{}\": {}", shown(name), why);
+}
+
+/// An error of the platform's errno domain about a path being written.
+VPErrorPtr pathError(int code, const fs::path& path) {
+    return VPError::withDescription(kNSPOSIXErrorDomain, code,
+                                    fmt::format("\"{}\": {}", shown(path.string()), std::strerror(code)));
 }
 
 bool isZipFile(const fs::path& path) {
@@ -113,10 +146,7 @@ bool ZipUnpacker::run(VPErrorPtr& error) {
     }
     if (!cancelled_)
         tell(Operation::ProgressEvent, [&](auto& d) { d.zipArchiveProgressEvent(fileSize_, fileSize_); });
-    error = error_;
-    if (!error && crcFailed_) {
-        error = VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileInfoNotLoadable, kCrcCheckFailed);
-    }
+    error = error_ ? error_ : crcError_;
     return success;
 }
 
@@ -151,21 +181,28 @@ VPErrorPtr ZipUnpacker::limitPassed(std::string reason) {
 }
 
 void ZipUnpacker::unpackEntry(std::uint64_t index) {
+    const auto fileIndex = static_cast<std::int64_t>(index);
+    const auto totalFiles = static_cast<std::int64_t>(zipInfo_.numberOfEntries);
+    VPZipFileInfo info;
     const ZipResult opened =
         input_.openEntry(index, options_.password.empty() ? std::nullopt : std::optional(options_.password));
     if (opened != ZipResult::Ok) {
+        const std::string why = input_.lastMessage();
+        // The entry's record can still be there to name it.
+        entryName_ = input_.entryInfo(index, info) == ZipResult::Ok
+                         ? ZipEntryName::decode(info.rawName, info.hostSystem, info.utf8Name)
+                         : fmt::format("#{}", index);
         fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedOpenFileInZip, kFailedOpenFileInZip,
-                                         input_.lastMessage()));
+                                         entryReason(entryName_, why)));
+        tellFailure(fileIndex, info, runEnding_);
         return;
     }
-    VPZipFileInfo info;
     if (input_.entryInfo(index, info) != ZipResult::Ok) {
         fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileInfoNotLoadable, kFailedRetrieveInfo,
-                                         input_.lastMessage()));
+                                         entryReason(fmt::format("#{}", index), input_.lastMessage())));
+        tellFailure(fileIndex, info, runEnding_);
         return;
     }
-    const auto fileIndex = static_cast<std::int64_t>(index);
-    const auto totalFiles = static_cast<std::int64_t>(zipInfo_.numberOfEntries);
     if (delegate_ && delegate_->respondsTo(Operation::ShouldUnzipFile) &&
         !delegate_->zipArchiveShouldUnzipFileAtIndex(fileIndex, totalFiles, path_, info)) {
         failed_ = true;
@@ -179,6 +216,7 @@ void ZipUnpacker::unpackEntry(std::uint64_t index) {
 
     const bool isLink = info.hostSystem == kHostUnix && (info.externalAttributes >> 28) == kSymbolicLinkType;
     const std::string name = ZipEntryName::decode(info.rawName, info.hostSystem, info.utf8Name);
+    entryName_ = name;
     if (ZipEntryName::isMacOSXMetadata(name)) {
         input_.closeEntry();
         return;
@@ -190,31 +228,32 @@ void ZipUnpacker::unpackEntry(std::uint64_t index) {
     if (relative.empty()) relative = std::to_string(index);
     const fs::path fullPath = fs::path(destination_) / relative;
 
-    // Names can't climb out any more, but links unpacked earlier still could lead elsewhere.
-    if (!staysInside(isDirectory ? fullPath : fullPath.parent_path())) {
-        fail(VPZipArchive::errorWithCode(
-            VPZipArchiveErrorCode::InvalidArguments, {},
-            fmt::format("entry \"{}\" would be written outside the destination through a symbolic link",
-                        name)));
+    // An entry that can't be written fails alone, and the run goes on; one that ends the run
+    // reaches `failed_`.
+    VPErrorPtr entryError = checkPlace(fullPath, isDirectory, name);
+    if (!entryError && !failed_) {
+        if (options_.preserveAttributes) dates_.emplace_back(fullPath, info.dosDate);
+        entryError = makeDirectory(isDirectory ? fullPath : fullPath.parent_path());
+    }
+    if (!entryError && !failed_) {
+        struct stat existing;
+        if (!isDirectory && !options_.overwrite && ::lstat(fullPath.c_str(), &existing) == 0) {
+            input_.closeEntry();
+            return;
+        }
+        if (isLink) {
+            entryError = writeSymbolicLink(fullPath, name);
+        } else if (!isDirectory && writeRegularFile(fullPath, entryError)) {
+            finishRegularFile(fullPath, info);
+        }
+    }
+    if (failed_) {
+        tellFailure(fileIndex, info, runEnding_);
         return;
     }
-    if (options_.preserveAttributes) dates_.emplace_back(fullPath, info.dosDate);
-    if (!makeDirectory(isDirectory ? fullPath : fullPath.parent_path())) return;
-
-    struct stat existing;
-    const bool exists = ::lstat(fullPath.c_str(), &existing) == 0;
-    if (!isDirectory && !options_.overwrite && exists) {
-        input_.closeEntry();
-        return;
-    }
-    if (isLink) {
-        writeSymbolicLink(fullPath);
-    } else if (!isDirectory && writeRegularFile(fullPath)) {
-        finishRegularFile(fullPath, info);
-    }
-    if (failed_) return;
     input_.closeEntry();
 
+    if (entryError) tellFailure(fileIndex, info, entryError);
     tell(Operation::DidUnzipFileWithInfo,
          [&](auto& d) { d.zipArchiveDidUnzipFileAtIndex(fileIndex, totalFiles, path_, info); });
     tell(Operation::DidUnzipFileToPath,
@@ -222,43 +261,74 @@ void ZipUnpacker::unpackEntry(std::uint64_t index) {
     if (progressHandler_) progressHandler_(name, info, fileIndex, totalFiles);
 }
 
-bool ZipUnpacker::makeDirectory(const fs::path& directory) {
-    std::error_code ec;
-    fs::create_directories(directory, ec);
-    if (!ec) return true;
-    const VPErrorPtr error = VPZipArchive::posixError(ec.value(), directory.string() + ": " + ec.message());
-    if (ec.value() == ENOSPC) {
-        fail(error);
-        return false;
+VPErrorPtr ZipUnpacker::checkPlace(const fs::path& fullPath, bool isDirectory, const std::string& name) {
+    // Checked before anything is made, so a path the system can't name leaves no folders behind.
+    int code = fullPath.native().size() >= PATH_MAX ? ENAMETOOLONG : 0;
+    for (const auto& part : fullPath) {
+        if (part.native().size() > NAME_MAX) code = ENAMETOOLONG;
     }
+    // Names can't climb out any more, but links unpacked earlier still could lead elsewhere.
+    std::error_code ec;
+    if (code == 0 && !staysInside(isDirectory ? fullPath : fullPath.parent_path(), ec)) {
+        if (!ec) {
+            fail(VPZipArchive::errorWithCode(
+                VPZipArchiveErrorCode::InvalidArguments, {},
+                fmt::format("entry \"{}\" would be written outside the destination through a symbolic link",
+                            shown(name))));
+            return nullptr;
+        }
+        // Where the path can't be resolved (a folder that can't be searched, a loop of links), nothing
+        // is written there.
+        code = ec.value();
+    }
+    if (code == 0) return nullptr;
+    const VPErrorPtr error = pathError(code, fullPath);
     SystemLog::log(fmt::format("[VPZipArchive] Error: {}", error->description()));
-    return true;
+    return error;
 }
 
-bool ZipUnpacker::writeRegularFile(const fs::path& target) {
-    struct stat existing;
-    if (::lstat(target.c_str(), &existing) == 0) {
-        // A directory in the way passes quietly; a file or a link in the way is replaced, so
-        // nothing is ever written through a link or into another name of the same file.
-        if (S_ISDIR(existing.st_mode)) return false;
-        ::unlink(target.c_str());
+VPErrorPtr ZipUnpacker::makeDirectory(const fs::path& directory) {
+    std::error_code ec;
+    fs::create_directories(directory, ec);
+    if (!ec) return nullptr;
+    const VPErrorPtr error = pathError(ec.value(), directory);
+    if (ec.value() == ENOSPC) {
+        fail(error);
+        return nullptr;
     }
-    const int fd = ::open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644);
-    if (fd < 0) {
-        const int code = errno;
-        if (code == EISDIR) return false;
-        const VPErrorPtr error = VPZipArchive::posixError(code, target.string() + ": " + std::strerror(code));
+    SystemLog::log(fmt::format("[VPZipArchive] Error: {}", error->description()));
+    return error;
+}
+
+bool ZipUnpacker::writeRegularFile(const fs::path& target, VPErrorPtr& entryError) {
+    const auto notOpened = [&](int code) {
+        const VPErrorPtr error = pathError(code, target);
         if (code == EMFILE || code == ENOSPC) {
             fail(error);
         } else {
             SystemLog::log(
                 fmt::format("[VPZipArchive] Failed to open file on unzipping.({})", error->description()));
+            entryError = error;
         }
         return false;
+    };
+    struct stat existing;
+    if (::lstat(target.c_str(), &existing) == 0 && S_ISDIR(existing.st_mode)) {
+        // A directory in the way passes quietly, though the file is not written.
+        entryError = pathError(EISDIR, target);
+        return false;
     }
-    const auto writeFailed = [this](int code) {
+    // Written under a temporary name beside the target and renamed into place only when whole: a
+    // failed entry leaves nothing behind, and a file or link already there is replaced, never
+    // written through. The name is short, so any folder that can hold the target can hold it.
+    const fs::path temporary = target.parent_path() / (".velmo-unzip-" + Uuid::lowercaseString());
+    const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644);
+    if (fd < 0) return notOpened(errno);
+    const auto writeFailed = [&](int code) {
         SystemLog::log(fmt::format("[VPZipArchive] {}", kFailedToWrite));
-        fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedToWriteFile, {}, std::strerror(code)));
+        fail(VPZipArchive::errorWithCode(
+            VPZipArchiveErrorCode::FailedToWriteFile, {},
+            fmt::format("\"{}\": {}", shown(target.string()), std::strerror(code))));
     };
     const auto& limits = options_.limits;
     std::uint64_t entryBytes = 0;
@@ -269,7 +339,7 @@ bool ZipUnpacker::writeRegularFile(const fs::path& target) {
         entryBytes += count;
         written_ += count;
         if (entryBytes > limits.maxEntrySize || written_ > limits.maxTotalSize) {
-            fail(limitPassed(fmt::format("\"{}\" holds more than its limit", target.string())));
+            fail(limitPassed(fmt::format("\"{}\" holds more than its limit", shown(target.string()))));
             break;
         }
         if (const int code = writeAll(fd, buffer, count); code != 0) {
@@ -279,16 +349,33 @@ bool ZipUnpacker::writeRegularFile(const fs::path& target) {
     }
     const int closeError = ::close(fd) == 0 ? 0 : errno;
     if (closeError != 0 && !failed_) writeFailed(closeError);
-    return !failed_;
+    if (!failed_ && ::rename(temporary.c_str(), target.c_str()) == 0) return true;
+    const int renameError = errno;
+    ::unlink(temporary.c_str());
+    return failed_ ? false : notOpened(renameError);
 }
 
 void ZipUnpacker::finishRegularFile(const fs::path& target, const VPZipFileInfo& info) {
-    if (options_.nestedZipLevel > 0 && isZipFile(target) && unpackNested(target)) {
-        // The inner archive is gone, and so is its date.
-        if (options_.preserveAttributes && !dates_.empty()) dates_.pop_back();
-        std::error_code ec;
-        fs::remove(target, ec);
-        return;
+    if (options_.nestedZipLevel != 0 && isZipFile(target)) {
+        if (depth_ >= kMaxNestingDepth) {
+            SystemLog::log(fmt::format("[VPZipArchive] \"{}\" is kept as it is: inner archives are unpacked "
+                                       "at most {} deep",
+                                       shown(target.string()), kMaxNestingDepth));
+        } else {
+            struct stat written;
+            const bool known = ::lstat(target.c_str(), &written) == 0;
+            if (unpackNested(target)) {
+                // The inner archive is gone, and so is its date. Unless it held a file of its own
+                // name, which took its place and stays.
+                if (options_.preserveAttributes && !dates_.empty()) dates_.pop_back();
+                struct stat now;
+                if (known && ::lstat(target.c_str(), &now) == 0 && now.st_dev == written.st_dev &&
+                    now.st_ino == written.st_ino) {
+                    ::unlink(target.c_str());
+                }
+                return;
+            }
+        }
     }
     if (failed_ || !options_.preserveAttributes) return;
     if (info.dosDate != 0 && !setModificationDate(target, DosDate::dateFromDosDate(info.dosDate))) {
@@ -304,13 +391,15 @@ void ZipUnpacker::finishRegularFile(const fs::path& target, const VPZipFileInfo&
 
 bool ZipUnpacker::unpackNested(const fs::path& archive) {
     Options inner = options_;
-    --inner.nestedZipLevel;
+    // A level below 0 stays below 0: every depth.
+    if (inner.nestedZipLevel > 0) --inner.nestedZipLevel;
     // The inner run gets what is left of the total, and what it writes counts here: nesting
     // must not multiply the caller's bound.
     const VPZipArchive::UnzipLimits none;
     if (inner.limits.maxTotalSize != none.maxTotalSize)
         inner.limits.maxTotalSize -= std::min(written_, inner.limits.maxTotalSize);
     ZipUnpacker unpacker(archive.string(), archive.parent_path().string(), std::move(inner), nullptr, {});
+    unpacker.depth_ = depth_ + 1;
     VPErrorPtr error;
     const bool unpacked = unpacker.run(error);
     written_ += unpacker.written_;
@@ -318,20 +407,32 @@ bool ZipUnpacker::unpackNested(const fs::path& archive) {
     if (unpacker.limitPassed_) {
         limitPassed_ = true;
         fail(error);
+    } else if (!unpacked) {
+        const VPErrorPtr& why = error ? error : unpacker.runEnding_;
+        SystemLog::log(fmt::format("[VPZipArchive] The inner archive \"{}\" is kept as it is: {}",
+                                   shown(archive.string()), why ? why->description() : "it did not unpack"));
     }
     return unpacked;
 }
 
-void ZipUnpacker::writeSymbolicLink(const fs::path& target) {
+VPErrorPtr ZipUnpacker::writeSymbolicLink(const fs::path& target, const std::string& name) {
     std::string destination;
-    if (!readEntry(destination, kMaxLinkTarget)) return;
+    bool tooLong = false;
+    if (!readEntry(destination, kMaxLinkTarget, tooLong)) return nullptr;
+    if (tooLong) {
+        const std::string message = fmt::format(
+            "The target of the symbolic link \"{}\" is longer than {} bytes", shown(name), kMaxLinkTarget);
+        SystemLog::log(fmt::format("[VPZipArchive] {}", message));
+        error_ = VPZipArchive::posixError(ENAMETOOLONG, message);
+        return error_;
+    }
     struct stat existing;
     if (options_.overwrite && ::lstat(target.c_str(), &existing) == 0) {
         std::error_code ec;
         fs::remove_all(target, ec);
         if (ec) {
             const std::string message =
-                fmt::format("Failed to delete existing symbolic link at \"{}\"", target.string());
+                fmt::format("Failed to delete existing symbolic link at \"{}\"", shown(target.string()));
             SystemLog::log(fmt::format("[VPZipArchive] {}", message));
             error_ = VPZipArchive::posixError(ec.value(), message);
         }
@@ -340,22 +441,23 @@ void ZipUnpacker::writeSymbolicLink(const fs::path& target) {
         const int code = errno;
         const std::string message =
             fmt::format("Failed to create symbolic link at \"{}\" to \"{}\" - symlink() error code: {}",
-                        target.string(), destination, code);
+                        shown(target.string()), shown(destination), code);
         SystemLog::log(fmt::format("[VPZipArchive] {}", message));
         error_ = VPZipArchive::posixError(code, message);
+        return error_;
     }
+    return nullptr;
 }
 
-bool ZipUnpacker::readEntry(std::string& content, std::size_t limit) {
+bool ZipUnpacker::readEntry(std::string& content, std::size_t limit, bool& tooLong) {
     char buffer[kChunkSize];
     for (;;) {
         std::size_t count = 0;
         if (!readChunk(buffer, sizeof buffer, count)) return false;
         if (count == 0) return true;
         if (content.size() + count > limit) {
-            fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {},
-                                             "a symbolic link's target is longer than a path can be"));
-            return false;
+            tooLong = true;
+            return true;
         }
         content.append(buffer, count);
     }
@@ -364,13 +466,18 @@ bool ZipUnpacker::readEntry(std::string& content, std::size_t limit) {
 bool ZipUnpacker::readChunk(char* buffer, std::size_t size, std::size_t& count) {
     const ZipResult result = input_.read(buffer, size, count);
     if (result == ZipResult::CrcError) {
-        crcFailed_ = true;
+        crcError_ = VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileInfoNotLoadable, kCrcCheckFailed,
+                                                entryReason(entryName_));
+        runEnding_ = crcError_;
         failed_ = true;
         return false;
     }
     if (result != ZipResult::Ok) {
-        // A read failure ends the run without an error of its own; the library's word is logged.
-        SystemLog::log(fmt::format("[VPZipArchive] {}", input_.lastMessage()));
+        // A read failure ends the run without an error of its own; the library's word is logged,
+        // and the delegate hears which entry it was.
+        const std::string reason = entryReason(entryName_, input_.lastMessage());
+        SystemLog::log(fmt::format("[VPZipArchive] {}", reason));
+        runEnding_ = VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {}, reason);
         failed_ = true;
         return false;
     }
@@ -381,7 +488,8 @@ void ZipUnpacker::applyDirectoryDates() {
     for (const auto& [path, dosDate] : dates_) {
         struct stat st;
         // Only real directories: a link that replaced one is left alone.
-        if (dosDate == 0 || ::lstat(path.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) || !staysInside(path))
+        std::error_code ec;
+        if (dosDate == 0 || ::lstat(path.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) || !staysInside(path, ec))
             continue;
         if (!setModificationDate(path, DosDate::dateFromDosDate(dosDate))) {
             const int code = errno;
@@ -395,9 +503,8 @@ void ZipUnpacker::applyDirectoryDates() {
     }
 }
 
-bool ZipUnpacker::staysInside(const fs::path& path) const {
+bool ZipUnpacker::staysInside(const fs::path& path, std::error_code& ec) const {
     // Absolute first: a path none of which exists yet would otherwise stay relative.
-    std::error_code ec;
     const fs::path real = fs::weakly_canonical(fs::absolute(path, ec), ec);
     if (ec) return false;
     auto part = real.begin();
@@ -410,7 +517,14 @@ bool ZipUnpacker::staysInside(const fs::path& path) const {
 
 void ZipUnpacker::fail(VPErrorPtr error) {
     failed_ = true;
+    runEnding_ = error;
     error_ = std::move(error);
+}
+
+void ZipUnpacker::tellFailure(std::int64_t fileIndex, const VPZipFileInfo& info, const VPErrorPtr& error) {
+    const auto totalFiles = static_cast<std::int64_t>(zipInfo_.numberOfEntries);
+    tell(Operation::DidFailToUnzipFile,
+         [&](auto& d) { d.zipArchiveDidFailToUnzipFileAtIndex(fileIndex, totalFiles, path_, info, error); });
 }
 
 } // namespace velmo

@@ -13,11 +13,11 @@ namespace velmo {
 
 /// One run of unpacking an archive into a destination: the work behind the main unpacking form.
 class ZipUnpacker {
-  public:
+public:
     struct Options {
         bool preserveAttributes = true;
         bool overwrite = true;
-        /// Inner archives are unpacked while this is above 0.
+        /// Inner archives are unpacked while this is not 0; below 0, at every depth (up to a bound).
         int nestedZipLevel = 0;
         std::string password;
         VPZipArchive::UnzipLimits limits;
@@ -32,7 +32,7 @@ class ZipUnpacker {
     /// False when the archive never opened.
     bool opened() const { return opened_; }
 
-  private:
+private:
     using Operation = VPZipArchiveDelegate::Operation;
 
     template <class Call> void tell(Operation operation, Call&& call) {
@@ -45,17 +45,28 @@ class ZipUnpacker {
     /// Unpacks an inner archive beside itself with what is left of the limits; true on success.
     bool unpackNested(const std::filesystem::path& archive);
     void unpackEntry(std::uint64_t index);
-    bool makeDirectory(const std::filesystem::path& directory);
-    bool writeRegularFile(const std::filesystem::path& target);
+    /// Where the entry goes, when it can go there: nullptr, or the entry's own failure. A path that
+    /// leads out of the destination through a link fails the run instead.
+    VPErrorPtr checkPlace(const std::filesystem::path& fullPath, bool isDirectory, const std::string& name);
+    /// nullptr, or the entry's failure; a full disk fails the run.
+    VPErrorPtr makeDirectory(const std::filesystem::path& directory);
+    /// The open entry's bytes into `target`, through a temporary file beside it: true once in place.
+    /// `entryError` is set for a failure the run goes on after.
+    bool writeRegularFile(const std::filesystem::path& target, VPErrorPtr& entryError);
     void finishRegularFile(const std::filesystem::path& target, const VPZipFileInfo& info);
-    void writeSymbolicLink(const std::filesystem::path& target);
-    bool readEntry(std::string& content, std::size_t limit);
+    /// nullptr, or why the link was not made.
+    VPErrorPtr writeSymbolicLink(const std::filesystem::path& target, const std::string& name);
+    /// The rest of the open entry, up to `limit` bytes; `tooLong` when there is more. False when the
+    /// run has failed on the data.
+    bool readEntry(std::string& content, std::size_t limit, bool& tooLong);
     /// The next bytes of the open entry, 0 at its end; false when the run has failed on them
     /// (a checksum that doesn't match ends it too, reported after the loop).
     bool readChunk(char* buffer, std::size_t size, std::size_t& count);
     void applyDirectoryDates();
-    bool staysInside(const std::filesystem::path& path) const;
+    /// False for a path that leads out of the destination, and when it can't be resolved (`ec`).
+    bool staysInside(const std::filesystem::path& path, std::error_code& ec) const;
     void fail(VPErrorPtr error);
+    void tellFailure(std::int64_t fileIndex, const VPZipFileInfo& info, const VPErrorPtr& error);
 
     std::string path_;
     std::string destination_;
@@ -73,10 +84,18 @@ class ZipUnpacker {
     std::uint64_t written_ = 0;
     /// Entries' paths and DOS dates, for the directories' dates at the end.
     std::vector<std::pair<std::filesystem::path, std::uint32_t>> dates_;
+    /// How many archives this one is inside.
+    int depth_ = 0;
+    /// The entry being read, for messages about its data.
+    std::string entryName_;
 
     bool failed_ = false;
     bool cancelled_ = false;
-    bool crcFailed_ = false;
+    /// Set when an entry's checksum failed; reported when no other error was kept.
+    VPErrorPtr crcError_;
+    /// Why the entry that ended the run failed, naming it, for the delegate; a read failure has one
+    /// here though the run reports no error of its own.
+    VPErrorPtr runEnding_;
     bool limitPassed_ = false;
     VPErrorPtr error_;
 };

@@ -42,7 +42,17 @@ std::string stampedLine(std::string_view message) {
 
 } // namespace
 
-void SystemLog::log(std::string_view message) {
+std::string SystemLog::cut(std::string_view message) {
+    if (message.size() <= kMaxMessageLength) return std::string(message);
+    std::size_t end = kMaxMessageLength;
+    // Back to the start of a character: continuation bytes are 10xxxxxx.
+    while (end > 0 && (static_cast<unsigned char>(message[end]) & 0xC0) == 0x80)
+        --end;
+    return fmt::format("{} [... cut, {} bytes in all]", message.substr(0, end), message.size());
+}
+
+void SystemLog::log(std::string_view whole) {
+    const std::string message = cut(whole);
     Sink sink;
     {
         std::lock_guard lock(sinkMutex());

@@ -25,6 +25,7 @@ inline constexpr std::int64_t kNSURLErrorUnsupportedURL = -1002;
 inline constexpr std::int64_t kNSURLErrorCannotFindHost = -1003;
 inline constexpr std::int64_t kNSURLErrorCannotConnectToHost = -1004;
 inline constexpr std::int64_t kNSURLErrorNetworkConnectionLost = -1005;
+inline constexpr std::int64_t kNSURLErrorHTTPTooManyRedirects = -1007;
 inline constexpr std::int64_t kNSURLErrorBadServerResponse = -1011;
 inline constexpr std::int64_t kNSURLErrorCannotDecodeContentData = -1016;
 inline constexpr std::int64_t kNSURLErrorCannotParseResponse = -1017;

@@ -16,9 +16,14 @@
 namespace velmo {
 namespace detail {
 
-// Reference counts are atomic: values cross queues, as the platform's objects do.
+// Reference counts are atomic: values cross queues, as the platform's objects do. A new block
+// starts with the one count of whoever made it.
 struct Rep {
     std::atomic<std::uint32_t> refs{1};
+
+    void retain() noexcept { refs.fetch_add(1, std::memory_order_relaxed); }
+    /// True when that was the last count, and the block is the caller's to free.
+    bool release() noexcept { return refs.fetch_sub(1, std::memory_order_acq_rel) == 1; }
 };
 
 struct StringRep : Rep {
@@ -43,6 +48,7 @@ struct BytesRep : Rep {
 };
 
 struct ArrayRep : Rep {
+    static constexpr const char* kName = "array";
     std::vector<Value> items;
 };
 
@@ -53,6 +59,7 @@ struct ObjectRep : Rep {
 // Entries in insertion order; past a handful of keys, an open-addressing index of entry
 // positions keeps look-ups constant-time on large dictionaries.
 struct DictRep : Rep {
+    static constexpr const char* kName = "dictionary";
     static constexpr std::size_t kIndexThreshold = 12;
 
     std::vector<Dictionary::Entry> entries;
@@ -118,6 +125,39 @@ struct DictRep : Rep {
     }
 };
 
+// ---------------------------------------------------------------- the containers' shared blocks
+
+template <class R> SharedBlock<R>::SharedBlock(const SharedBlock& other) noexcept : rep_(other.rep_) {
+    if (rep_) rep_->retain();
+}
+
+template <class R> bool SharedBlock<R>::isUniquelyReferenced() const noexcept {
+    return rep_ && rep_->refs.load(std::memory_order_acquire) == 1;
+}
+
+template <class R> SharedBlock<R>::~SharedBlock() {
+    if (rep_ && rep_->release()) delete rep_;
+}
+
+// Out of line, so that the check stays small enough to inline into every change.
+[[noreturn, gnu::noinline, gnu::cold]] void throwNilChange(const char* kind) {
+    throw std::logic_error(std::string("attempt to change a nil ") + kind);
+}
+
+template <class R> R& SharedBlock<R>::mutableRep() const {
+    if (!rep_) [[unlikely]]
+        throwNilChange(R::kName);
+    return *rep_;
+}
+
+template class SharedBlock<ArrayRep>;
+template class SharedBlock<DictRep>;
+
+// Values sit in every container by the million: a tag and a payload in two words, and a
+// container handle is one pointer.
+static_assert(sizeof(Value) == 16);
+static_assert(sizeof(Array) == sizeof(void*) && sizeof(Dictionary) == sizeof(void*));
+
 } // namespace detail
 
 namespace {
@@ -147,12 +187,12 @@ void Value::setRep(Tag tag, detail::Rep* rep) noexcept {
 }
 
 void Value::retain() const noexcept {
-    rep()->refs.fetch_add(1, std::memory_order_relaxed);
+    rep()->retain();
 }
 
 void Value::releaseRep() noexcept {
     detail::Rep* r = rep();
-    if (r->refs.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    if (!r->release()) return;
     switch (tag_()) {
     case Tag::HeapString:
         detail::StringRep::destroy(repAs<detail::StringRep>(r));
@@ -263,7 +303,7 @@ Value::Value(const Array& array) noexcept {
         setTag(Tag::Nil);
         return;
     }
-    array.rep_->refs.fetch_add(1, std::memory_order_relaxed);
+    array.rep_->retain();
     setRep(Tag::Array, array.rep_);
 }
 
@@ -272,7 +312,7 @@ Value::Value(const Dictionary& dictionary) noexcept {
         setTag(Tag::Nil);
         return;
     }
-    dictionary.rep_->refs.fetch_add(1, std::memory_order_relaxed);
+    dictionary.rep_->retain();
     setRep(Tag::Dictionary, dictionary.rep_);
 }
 
@@ -436,14 +476,14 @@ std::string_view Value::bytesView() const noexcept {
 Array Value::array() const noexcept {
     if (tag_() != Tag::Array) return Array();
     auto* r = repAs<detail::ArrayRep>(rep());
-    r->refs.fetch_add(1, std::memory_order_relaxed);
+    r->retain();
     return Array(r);
 }
 
 Dictionary Value::dictionary() const noexcept {
     if (tag_() != Tag::Dictionary) return Dictionary();
     auto* r = repAs<detail::DictRep>(rep());
-    r->refs.fetch_add(1, std::memory_order_relaxed);
+    r->retain();
     return Dictionary(r);
 }
 
@@ -656,7 +696,7 @@ const Value& notNil(const Value& value) {
 }
 } // namespace
 
-Array::Array(std::initializer_list<Value> values) : rep_(new detail::ArrayRep()) {
+Array::Array(std::initializer_list<Value> values) : SharedBlock(new detail::ArrayRep()) {
     rep_->items.reserve(values.size());
     for (const Value& v : values) {
         try {
@@ -666,14 +706,6 @@ Array::Array(std::initializer_list<Value> values) : rep_(new detail::ArrayRep())
             throw;
         }
     }
-}
-
-Array::Array(const Array& other) noexcept : rep_(other.rep_) {
-    if (rep_) rep_->refs.fetch_add(1, std::memory_order_relaxed);
-}
-
-Array::~Array() {
-    if (rep_ && rep_->refs.fetch_sub(1, std::memory_order_acq_rel) == 1) delete rep_;
 }
 
 Array Array::create(std::size_t reserve) {
@@ -686,11 +718,6 @@ Array Array::fromVector(std::vector<Value> values) {
     Array a(new detail::ArrayRep());
     a.rep_->items = std::move(values);
     return a;
-}
-
-detail::ArrayRep& Array::mutableRep() const {
-    if (!rep_) throw std::logic_error("attempt to change a nil array");
-    return *rep_;
 }
 
 std::size_t Array::size() const noexcept {
@@ -773,33 +800,16 @@ bool operator==(const Array& a, const Array& b) noexcept {
 // ---------------------------------------------------------------- Dictionary
 
 Dictionary::Dictionary(std::initializer_list<std::pair<std::string_view, Value>> entries)
-    : rep_(new detail::DictRep()) {
+    : SharedBlock(new detail::DictRep()) {
     rep_->entries.reserve(entries.size());
     for (const auto& [key, value] : entries)
         set(key, value);
-}
-
-Dictionary::Dictionary(const Dictionary& other) noexcept : rep_(other.rep_) {
-    if (rep_) rep_->refs.fetch_add(1, std::memory_order_relaxed);
-}
-
-bool Dictionary::isUniquelyReferenced() const noexcept {
-    return rep_ && rep_->refs.load(std::memory_order_acquire) == 1;
-}
-
-Dictionary::~Dictionary() {
-    if (rep_ && rep_->refs.fetch_sub(1, std::memory_order_acq_rel) == 1) delete rep_;
 }
 
 Dictionary Dictionary::create(std::size_t reserve) {
     Dictionary d(new detail::DictRep());
     d.rep_->entries.reserve(reserve);
     return d;
-}
-
-detail::DictRep& Dictionary::mutableRep() const {
-    if (!rep_) throw std::logic_error("attempt to change a nil dictionary");
-    return *rep_;
 }
 
 std::size_t Dictionary::size() const noexcept {

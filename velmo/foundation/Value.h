@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "velmo/foundation/Object.h"
@@ -23,6 +24,39 @@ struct BytesRep;
 struct ArrayRep;
 struct DictRep;
 struct ObjectRep;
+
+/// A counted reference to a container's shared block: copies share the block, the last one to go
+/// frees it. A default-constructed handle is nil. The blocks are complete only in Value.cpp,
+/// which holds the instantiations for arrays and dictionaries.
+template <class Rep> class SharedBlock {
+public:
+    SharedBlock() noexcept = default;
+    SharedBlock(const SharedBlock& other) noexcept;
+    SharedBlock(SharedBlock&& other) noexcept : rep_(other.rep_) { other.rep_ = nullptr; }
+    SharedBlock& operator=(SharedBlock other) noexcept {
+        std::swap(rep_, other.rep_);
+        return *this;
+    }
+    ~SharedBlock();
+
+    bool isNil() const noexcept { return rep_ == nullptr; }
+    /// True when both handles name the same block.
+    bool sameAs(const SharedBlock& other) const noexcept { return rep_ == other.rep_; }
+    /// True when this handle is the block's only one, so a change in place is seen by no other
+    /// holder: a copy made only to be replaced can be skipped.
+    bool isUniquelyReferenced() const noexcept;
+
+protected:
+    /// Takes over one count of the block.
+    explicit SharedBlock(Rep* rep) noexcept : rep_(rep) {}
+    /// The block to change; a nil handle throws `std::logic_error`.
+    Rep& mutableRep() const;
+
+    Rep* rep_ = nullptr;
+};
+
+extern template class SharedBlock<ArrayRep>;
+extern template class SharedBlock<DictRep>;
 } // namespace detail
 
 /// The plain value of the system: what a dictionary form or JSON text holds, plus references to
@@ -203,23 +237,15 @@ private:
 /// An ordered list of values with reference semantics. A default-constructed handle is nil:
 /// it reads as empty, and changing it throws `std::logic_error`. Elements are never nil:
 /// inserting nil throws `std::invalid_argument`.
-class Array {
+class Array : public detail::SharedBlock<detail::ArrayRep> {
 public:
     Array() noexcept = default;
     Array(std::initializer_list<Value> values);
-    Array(const Array& other) noexcept;
-    Array(Array&& other) noexcept : rep_(other.rep_) { other.rep_ = nullptr; }
-    Array& operator=(Array other) noexcept {
-        std::swap(rep_, other.rep_);
-        return *this;
-    }
-    ~Array();
 
     /// A new, empty container.
     static Array create(std::size_t reserve = 0);
     static Array fromVector(std::vector<Value> values);
 
-    bool isNil() const noexcept { return rep_ == nullptr; }
     std::size_t size() const noexcept;
     bool empty() const noexcept { return size() == 0; }
 
@@ -242,21 +268,17 @@ public:
     /// A new container with the same elements (a shallow copy); nil stays nil.
     Array copy() const;
     Array deepCopy() const;
-    /// True when both handles name the same container.
-    bool sameAs(const Array& other) const noexcept { return rep_ == other.rep_; }
     friend bool operator==(const Array& a, const Array& b) noexcept;
 
 private:
     friend class Value;
-    explicit Array(detail::ArrayRep* rep) noexcept : rep_(rep) {}
-    detail::ArrayRep& mutableRep() const;
-    detail::ArrayRep* rep_ = nullptr;
+    explicit Array(detail::ArrayRep* rep) noexcept : SharedBlock(rep) {}
 };
 
 /// A dictionary with string keys and reference semantics. Keys keep their insertion order (JSON
 /// key order as read), so output is deterministic; look-ups stay fast on large dictionaries.
 /// A default-constructed handle is nil: it reads as empty, and changing it throws.
-class Dictionary {
+class Dictionary : public detail::SharedBlock<detail::DictRep> {
 public:
     struct Entry {
         Value key; ///< always a string
@@ -265,18 +287,10 @@ public:
 
     Dictionary() noexcept = default;
     Dictionary(std::initializer_list<std::pair<std::string_view, Value>> entries);
-    Dictionary(const Dictionary& other) noexcept;
-    Dictionary(Dictionary&& other) noexcept : rep_(other.rep_) { other.rep_ = nullptr; }
-    Dictionary& operator=(Dictionary other) noexcept {
-        std::swap(rep_, other.rep_);
-        return *this;
-    }
-    ~Dictionary();
 
     /// A new, empty container.
     static Dictionary create(std::size_t reserve = 0);
 
-    bool isNil() const noexcept { return rep_ == nullptr; }
     std::size_t size() const noexcept;
     bool empty() const noexcept { return size() == 0; }
 
@@ -299,18 +313,11 @@ public:
 
     Dictionary copy() const;
     Dictionary deepCopy() const;
-    bool sameAs(const Dictionary& other) const noexcept { return rep_ == other.rep_; }
-    /// True when this handle is the container's only one, so a change in place is seen by no
-    /// other holder: a copy made only to be replaced can be skipped.
-    bool isUniquelyReferenced() const noexcept;
     friend bool operator==(const Dictionary& a, const Dictionary& b) noexcept;
 
 private:
     friend class Value;
-    friend class JsonValueBuilder;
-    explicit Dictionary(detail::DictRep* rep) noexcept : rep_(rep) {}
-    detail::DictRep& mutableRep() const;
-    detail::DictRep* rep_ = nullptr;
+    explicit Dictionary(detail::DictRep* rep) noexcept : SharedBlock(rep) {}
 };
 
 inline void swap(Value& a, Value& b) noexcept {

@@ -50,9 +50,11 @@ void readFile(const std::filesystem::path& file, VVHost::Settings& settings,
     std::error_code ec;
     // A missing file is normal; one that can't even be looked at (no permission, a link loop) is not.
     if (!std::filesystem::exists(file, ec) && !ec) return;
-    const auto text = Files::read(file);
+    std::error_code readError;
+    const auto text = Files::read(file, readError);
     if (!text) {
-        warnings.push_back(fmt::format("{}: ignored, cannot read the file", file.string()));
+        warnings.push_back(
+            fmt::format("{}: ignored, cannot read the file: {}", file.string(), readError.message()));
         return;
     }
     JsonParseError error("", 0);

@@ -1,16 +1,89 @@
 #include "velmo/host/VVHostTree.h"
 
-#include <algorithm>
-#include <unordered_set>
+#include <limits>
+
+#include <boost/unordered/unordered_flat_map.hpp>
 
 #include "velmo/foundation/VDClass.h"
 
 namespace velmo {
 
+namespace {
+constexpr std::uint32_t kNoNode = std::numeric_limits<std::uint32_t>::max();
+} // namespace
+
+// Nodes live in one vector and name each other by position, and a flat hash table finds a
+// view's node: a look-up touches two places in memory, whatever the size of the tree, which
+// keeps a walk over a wide tree linear in practice and not only on paper. A view is in its
+// parent's `children` exactly when its `parent` names that node, and `slot` is its place there,
+// so joining and leaving a list take constant time; lists keep no order.
+struct VVHostTree::Index {
+    struct Node {
+        std::weak_ptr<VDModelView> view;
+        const VDModelView* key = nullptr; ///< nullptr: a free node
+        NodeId parent = kNoNode;
+        std::uint32_t slot = 0;
+        /// The pass of `syncChildren` that last found the view in its parent's list.
+        std::uint64_t seen = 0;
+        std::vector<NodeId> children;
+    };
+
+    std::vector<Node> nodes;
+    std::vector<NodeId> freeNodes;
+    boost::unordered_flat_map<const VDModelView*, NodeId> byView;
+    std::uint64_t pass = 0;
+
+    NodeId find(const VDModelView* view) const {
+        const auto it = byView.find(view);
+        return it == byView.end() ? kNoNode : it->second;
+    }
+
+    NodeId add(const std::shared_ptr<VDModelView>& view) {
+        NodeId id;
+        if (!freeNodes.empty()) {
+            id = freeNodes.back();
+            freeNodes.pop_back();
+        } else {
+            id = static_cast<NodeId>(nodes.size());
+            nodes.emplace_back();
+        }
+        nodes[id].view = view;
+        nodes[id].key = view.get();
+        byView.emplace(view.get(), id);
+        return id;
+    }
+
+    void link(NodeId id, NodeId parent) {
+        auto& siblings = nodes[parent].children;
+        nodes[id].parent = parent;
+        nodes[id].slot = static_cast<std::uint32_t>(siblings.size());
+        siblings.push_back(id);
+    }
+
+    void unlink(NodeId id) {
+        Node& node = nodes[id];
+        if (node.parent == kNoNode) return;
+        auto& siblings = nodes[node.parent].children;
+        const NodeId last = siblings.back();
+        siblings[node.slot] = last;
+        nodes[last].slot = node.slot;
+        siblings.pop_back();
+        node.parent = kNoNode;
+    }
+
+    void remove(NodeId id) {
+        byView.erase(nodes[id].key);
+        nodes[id] = Node();
+        freeNodes.push_back(id);
+    }
+};
+
 const VDClass& VVHostTree::classObject() {
     static const VDClass cls("VVHostTree", nullptr, nullptr);
     return cls;
 }
+
+VVHostTree::VVHostTree() : index_(std::make_unique<Index>()) {}
 
 std::shared_ptr<VVHostTree> VVHostTree::attach(const std::shared_ptr<VDModelView>& root,
                                                const std::shared_ptr<VDModel>& owner) {
@@ -42,73 +115,97 @@ VVHostTree::~VVHostTree() {
 }
 
 void VVHostTree::detach() {
-    for (auto& [key, entry] : entries_) {
-        if (auto view = entry.view.lock(); view && view->relatedUIElement().get() == this) {
+    for (const auto& node : index_->nodes) {
+        if (auto view = node.view.lock(); view && view->relatedUIElement().get() == this) {
             view->setRelatedUIElement(nullptr);
         }
     }
-    entries_.clear();
+    index_ = std::make_unique<Index>();
     roots_.clear();
+}
+
+std::size_t VVHostTree::size() const {
+    return index_->byView.size();
+}
+
+bool VVHostTree::contains(const VDModelView& view) const {
+    return index_->find(&view) != kNoNode;
 }
 
 void VVHostTree::addRoot(const std::shared_ptr<VDModelView>& root) {
     roots_.push_back(root);
-    install(root, nullptr);
+    install(root, kNoNode);
 }
 
-void VVHostTree::install(const std::shared_ptr<VDModelView>& view,
-                         const std::shared_ptr<VDModelView>& parent) {
-    // A view that moves in from elsewhere in the tree leaves its old parent's list first.
-    if (auto old = entries_.find(view.get()); old != entries_.end()) {
-        if (auto oldParent = old->second.parent.lock(); oldParent && oldParent != parent) {
-            auto& siblings = entries_[oldParent.get()].children;
-            std::erase(siblings, view.get());
-        }
-    }
-    Entry& entry = entries_[view.get()];
-    entry.view = view;
-    entry.parent = parent;
-    entry.children.clear();
-    if (parent) {
-        auto& siblings = entries_[parent.get()].children;
-        if (std::find(siblings.begin(), siblings.end(), view.get()) == siblings.end())
-            siblings.push_back(view.get());
+void VVHostTree::install(const std::shared_ptr<VDModelView>& view, NodeId parent) {
+    Index& index = *index_;
+    NodeId id = index.find(view.get());
+    if (id == kNoNode) {
+        id = index.add(view);
+        if (parent != kNoNode) index.link(id, parent);
+    } else if (index.nodes[id].parent != parent) {
+        // A view that moves in from elsewhere in the tree leaves its old parent's list first.
+        index.unlink(id);
+        if (parent != kNoNode) index.link(id, parent);
     }
     view->setRelatedUIElement(std::static_pointer_cast<VVHostTree>(shared_from_this()));
-    for (const Value& v : view->subviews()) {
-        if (auto sub = v.objectAs<VDModelView>()) install(sub, view);
+    syncChildren(view, id, true);
+}
+
+void VVHostTree::syncChildren(const std::shared_ptr<VDModelView>& view, NodeId id, bool walkKnown) {
+    Index& index = *index_;
+    const std::uint64_t pass = ++index.pass;
+    const Array subviews = view->subviews();
+    index.byView.reserve(index.byView.size() + subviews.size());
+    for (const Value& v : subviews) {
+        auto sub = v.objectAs<VDModelView>();
+        if (!sub) continue;
+        NodeId child = index.find(sub.get());
+        if (walkKnown || child == kNoNode || index.nodes[child].parent != id) {
+            install(sub, id);
+            child = index.find(sub.get());
+        }
+        index.nodes[child].seen = pass;
+    }
+    // What the list no longer holds leaves the tree; forgetting a child moves the last one into
+    // its slot, which is looked at next.
+    for (std::size_t i = 0; i < index.nodes[id].children.size();) {
+        const NodeId child = index.nodes[id].children[i];
+        if (index.nodes[child].seen == pass) {
+            ++i;
+        } else {
+            forget(child);
+        }
     }
 }
 
-void VVHostTree::forget(const VDModelView* view) {
-    const auto it = entries_.find(view);
-    if (it == entries_.end()) return;
-    const std::vector<const VDModelView*> children = it->second.children;
-    if (auto v = it->second.view.lock(); v && v->relatedUIElement().get() == this)
+void VVHostTree::forget(NodeId id) {
+    Index& index = *index_;
+    index.unlink(id);
+    if (auto v = index.nodes[id].view.lock(); v && v->relatedUIElement().get() == this)
         v->setRelatedUIElement(nullptr);
-    entries_.erase(it);
-    for (const VDModelView* child : children) {
-        const auto c = entries_.find(child);
-        // A child that moved under another parent stays.
-        if (c != entries_.end() && c->second.parent.lock().get() == view) forget(child);
+    const std::vector<NodeId> children = std::move(index.nodes[id].children);
+    index.remove(id);
+    // Every child listed is still this view's: one that moved away left the list.
+    for (const NodeId child : children) {
+        index.nodes[child].parent = kNoNode;
+        forget(child);
     }
 }
 
 std::shared_ptr<VDModelView> VVHostTree::modelViewOfSuperView(const VDModelView& view) {
-    const auto it = entries_.find(&view);
-    return it == entries_.end() ? nullptr : it->second.parent.lock();
+    const NodeId id = index_->find(&view);
+    if (id == kNoNode) return nullptr;
+    const NodeId parent = index_->nodes[id].parent;
+    return parent == kNoNode ? nullptr : index_->nodes[parent].view.lock();
 }
 
 std::shared_ptr<VDModelView> VVHostTree::modelViewOfRootView(const VDModelView& view) {
-    const auto it = entries_.find(&view);
-    if (it == entries_.end()) return nullptr;
-    std::shared_ptr<VDModelView> current = it->second.view.lock();
-    while (current) {
-        auto parent = modelViewOfSuperView(*current);
-        if (!parent) break;
-        current = std::move(parent);
-    }
-    return current;
+    NodeId id = index_->find(&view);
+    if (id == kNoNode) return nullptr;
+    while (index_->nodes[id].parent != kNoNode)
+        id = index_->nodes[id].parent;
+    return index_->nodes[id].view.lock();
 }
 
 std::shared_ptr<VDModel> VVHostTree::ownerAppModelViewOfView(const VDModelView& view) {
@@ -120,35 +217,9 @@ void VVHostTree::modelViewUpdatedSubviewsOrder(VDModelView& movedView) {
 }
 
 void VVHostTree::modelViewDidSetSubviews(VDModelView& view) {
-    const auto it = entries_.find(&view);
-    if (it == entries_.end()) return;
-    const auto parent = it->second.view.lock();
-    if (!parent) return;
-    std::unordered_set<const VDModelView*> now;
-    std::vector<std::shared_ptr<VDModelView>> added;
-    for (const Value& v : view.subviews()) {
-        auto sub = v.objectAs<VDModelView>();
-        if (!sub) continue;
-        now.insert(sub.get());
-        const auto known = entries_.find(sub.get());
-        if (known == entries_.end() || known->second.parent.lock() != parent) added.push_back(sub);
-    }
-    const std::vector<const VDModelView*> before = entries_[&view].children;
-    for (const VDModelView* child : before) {
-        if (now.count(child) == 0) {
-            auto c = entries_.find(child);
-            if (c != entries_.end() && c->second.parent.lock() == parent) forget(child);
-            std::erase(entries_[&view].children, child);
-        }
-    }
-    for (const auto& sub : added)
-        install(sub, parent);
-    // Keep the index's order that of the list, for walks that follow it.
-    auto& children = entries_[&view].children;
-    children.clear();
-    for (const Value& v : view.subviews()) {
-        if (auto sub = v.objectAs<VDModelView>()) children.push_back(sub.get());
-    }
+    const NodeId id = index_->find(&view);
+    if (id == kNoNode) return;
+    if (const auto self = index_->nodes[id].view.lock()) syncChildren(self, id, false);
 }
 
 std::vector<std::shared_ptr<VDModelView>> VVHostTree::roots() const {

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 #include "velmo/foundation/Object.h"
@@ -15,7 +15,8 @@ namespace velmo {
 /// The stand-alone host's side of a view tree: one object that answers for every view of a
 /// document or of a free tree, which the library leaves to the host. Attached to its roots, it
 /// installs itself on every view below them, keeps a parent index so that a look-up never walks
-/// the tree, and follows the tree as subview lists are set.
+/// the tree, and follows the tree as subview lists are set. Attaching, and following a new list,
+/// cost time in proportion to the views concerned, however many siblings a view has.
 ///
 /// The views hold it weakly: whoever attaches it keeps it alive, and the views are detached
 /// when it goes.
@@ -47,22 +48,24 @@ public:
 
     std::vector<std::shared_ptr<VDModelView>> roots() const;
     /// How many views the tree answers for.
-    std::size_t size() const { return entries_.size(); }
-    bool contains(const VDModelView& view) const { return entries_.count(&view) != 0; }
+    std::size_t size() const;
+    bool contains(const VDModelView& view) const;
 
 private:
-    VVHostTree() = default;
-    struct Entry {
-        std::weak_ptr<VDModelView> view;
-        std::weak_ptr<VDModelView> parent;
-        std::vector<const VDModelView*> children;
-    };
+    VVHostTree();
+    /// The parent index: one node per view, in one flat table.
+    struct Index;
+    using NodeId = std::uint32_t;
 
     void addRoot(const std::shared_ptr<VDModelView>& root);
-    void install(const std::shared_ptr<VDModelView>& view, const std::shared_ptr<VDModelView>& parent);
-    void forget(const VDModelView* view);
+    /// Enters the view under the parent (leaving an earlier parent) and walks its whole subtree.
+    void install(const std::shared_ptr<VDModelView>& view, NodeId parent);
+    /// Makes the index's children of the view those of its subview list. `walkKnown` walks the
+    /// subtrees of subviews already entered here too; otherwise only new and moved-in ones.
+    void syncChildren(const std::shared_ptr<VDModelView>& view, NodeId id, bool walkKnown);
+    void forget(NodeId id);
 
-    std::unordered_map<const VDModelView*, Entry> entries_;
+    std::unique_ptr<Index> index_;
     std::vector<std::weak_ptr<VDModelView>> roots_;
     std::weak_ptr<VDModel> owner_;
 };

@@ -12,7 +12,7 @@
 #include "velmo/foundation/Base64.h"
 #include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
-#include "velmo/keychain/VPKeychainQuery.h"
+#include "velmo/keychain/VPKeychainErrors.h"
 
 namespace velmo {
 
@@ -38,7 +38,7 @@ KeychainMatch exactly(const KeychainItem& item) {
 
 /// An exclusive lock on "<store>.lock" for one read-change-write.
 class KeychainFileStore::Lock {
-  public:
+public:
     explicit Lock(const fs::path& store) {
         std::error_code ec;
         fs::create_directories(store.parent_path(), ec);
@@ -57,7 +57,7 @@ class KeychainFileStore::Lock {
 
     bool held() const { return fd_ >= 0; }
 
-  private:
+private:
     int fd_ = -1;
 };
 

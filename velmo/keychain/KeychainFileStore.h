@@ -14,7 +14,7 @@ namespace velmo {
 /// file beside it, so processes sharing the file don't lose each other's items. A file that
 /// can't be read is reported, never overwritten.
 class KeychainFileStore : public KeychainStore {
-  public:
+public:
     explicit KeychainFileStore(std::filesystem::path path);
 
     KeychainStatus find(const KeychainMatch& match, bool withData, KeychainItem& item) override;
@@ -25,7 +25,7 @@ class KeychainFileStore : public KeychainStore {
 
     const std::filesystem::path& path() const { return path_; }
 
-  private:
+private:
     class Lock;
     KeychainStatus load(std::vector<KeychainItem>& items) const;
     KeychainStatus save(const std::vector<KeychainItem>& items) const;

@@ -2,11 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "velmo/foundation/Files.h"
-#include "velmo/foundation/SystemLog.h"
-#include "velmo/keychain/KeychainFileStore.h"
-#include "velmo/keychain/SecretServiceStore.h"
-#include "velmo/keychain/VPKeychainQuery.h"
+#include "velmo/keychain/VPKeychainErrors.h"
 
 namespace velmo {
 
@@ -17,22 +13,6 @@ bool KeychainMatch::matches(const KeychainItem& item) const {
 
 KeychainStatus KeychainStatus::failure(std::int32_t code, std::string message) {
     return KeychainStatus{code, message.empty() ? KeychainStore::messageForCode(code) : std::move(message)};
-}
-
-KeychainStore& KeychainStore::shared() {
-    // Made once, under the language's guard for concurrent first calls, and kept for the
-    // process: every token of a run lives in one place.
-    static KeychainStore* const store = []() -> KeychainStore* {
-        std::string reason;
-        if (auto secretService = SecretServiceStore::connect(reason)) return secretService.release();
-        const auto path = Files::velmoHome() / "keychain.json";
-        SystemLog::log(
-            fmt::format("[VPKeychain] No secret service answered ({}); secrets are kept in {}, readable "
-                        "by this user only",
-                        reason, path.string()));
-        return new KeychainFileStore(path);
-    }();
-    return *store;
 }
 
 std::string KeychainStore::messageForCode(std::int32_t code) {

@@ -41,9 +41,10 @@ struct KeychainStatus {
 };
 
 /// A place that keeps secrets, with the four operations the token store needs: copy matching,
-/// add, update and delete. The Secret Service when one answers, a private file otherwise.
+/// add, update and delete. The Secret Service when one answers, a private file otherwise
+/// (`KeychainStoreChoice` picks).
 class KeychainStore {
-  public:
+public:
     virtual ~KeychainStore() = default;
 
     /// The first match, with its data when `withData`.
@@ -55,11 +56,6 @@ class KeychainStore {
     virtual KeychainStatus update(const KeychainMatch& match, std::string_view data) = 0;
     /// Deletes the first match.
     virtual KeychainStatus remove(const KeychainMatch& match) = 0;
-
-    /// The process's store, chosen at first use: the Secret Service whenever one answers, locked
-    /// or not, its failures being the operations' failures; the file under `$VELMO_HOME` only
-    /// when none does (no session bus, or no provider on it), which is logged once.
-    static KeychainStore& shared();
 
     /// The text for one of the store's codes.
     static std::string messageForCode(std::int32_t code);

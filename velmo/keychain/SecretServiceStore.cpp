@@ -4,7 +4,7 @@
 
 #include <libsecret/secret.h>
 
-#include "velmo/keychain/VPKeychainQuery.h"
+#include "velmo/keychain/VPKeychainErrors.h"
 
 namespace velmo {
 

@@ -12,7 +12,7 @@ namespace velmo {
 /// Items go to the default collection, under one schema with the service, account and access
 /// group as attributes. Nothing here unlocks or creates a collection: either would raise a prompt.
 class SecretServiceStore : public KeychainStore {
-  public:
+public:
     /// A store whenever a service answers, even with an error; nothing only when no service is
     /// there at all (no session bus, or no provider on it), and `reason` says why.
     static std::unique_ptr<SecretServiceStore> connect(std::string& reason);
@@ -24,7 +24,7 @@ class SecretServiceStore : public KeychainStore {
     KeychainStatus update(const KeychainMatch& match, std::string_view data) override;
     KeychainStatus remove(const KeychainMatch& match) override;
 
-  private:
+private:
     struct Impl;
     explicit SecretServiceStore(std::unique_ptr<Impl> impl);
 

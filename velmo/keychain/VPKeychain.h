@@ -12,7 +12,7 @@ namespace velmo {
 /// `VPKeychainQuery` and runs it. Every operation takes an optional error; without one,
 /// failures give nothing or false, silently.
 class VPKeychain {
-  public:
+public:
     /// The password as text; nothing when absent or empty.
     // passwordForService:account:error:
     static std::optional<std::string>

@@ -5,6 +5,7 @@
 
 #include "velmo/foundation/Json.h"
 #include "velmo/keychain/KeychainStore.h"
+#include "velmo/keychain/KeychainStoreChoice.h"
 
 namespace velmo {
 
@@ -58,7 +59,7 @@ void VPKeychainQuery::setPasswordObject(const Value& object) {
 
 bool VPKeychainQuery::save(VPErrorPtr* error) {
     if (!hasArguments(error, true)) return false;
-    KeychainStore& store = KeychainStore::shared();
+    KeychainStore& store = KeychainStoreChoice::shared();
     const KeychainMatch match{service_, account_, present(accessGroup_)};
     KeychainItem existing;
     KeychainStatus status = store.find(match, false, existing);
@@ -80,7 +81,8 @@ bool VPKeychainQuery::save(VPErrorPtr* error) {
 
 bool VPKeychainQuery::deleteItem(VPErrorPtr* error) {
     if (!hasArguments(error, false)) return false;
-    const KeychainStatus status = KeychainStore::shared().remove({service_, account_, present(accessGroup_)});
+    const KeychainStatus status =
+        KeychainStoreChoice::shared().remove({service_, account_, present(accessGroup_)});
     if (status.ok()) return true;
     setError(error, errorWithStatus(status));
     return false;
@@ -89,8 +91,8 @@ bool VPKeychainQuery::deleteItem(VPErrorPtr* error) {
 Array VPKeychainQuery::fetchAll(VPErrorPtr* error) {
     setError(error, nullptr);
     std::vector<KeychainItem> items;
-    const KeychainStatus status =
-        KeychainStore::shared().findAll({present(service_), present(account_), present(accessGroup_)}, items);
+    const KeychainStatus status = KeychainStoreChoice::shared().findAll(
+        {present(service_), present(account_), present(accessGroup_)}, items);
     if (!status.ok()) {
         setError(error, errorWithStatus(status));
         return Array();
@@ -110,7 +112,7 @@ bool VPKeychainQuery::fetch(VPErrorPtr* error) {
     if (!hasArguments(error, false)) return false;
     KeychainItem item;
     const KeychainStatus status =
-        KeychainStore::shared().find({service_, account_, present(accessGroup_)}, true, item);
+        KeychainStoreChoice::shared().find({service_, account_, present(accessGroup_)}, true, item);
     if (!status.ok()) {
         setError(error, errorWithStatus(status));
         return false;

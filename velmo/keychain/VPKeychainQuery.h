@@ -6,10 +6,9 @@
 
 #include "velmo/foundation/VPError.h"
 #include "velmo/foundation/Value.h"
+#include "velmo/keychain/VPKeychainErrors.h"
 
 namespace velmo {
-
-inline constexpr const char* kVPKeychainErrorDomain = "com.velmoapp.keychain";
 
 /// Keys of the item dictionaries that `fetchAll` gives. The class key has the label key's text.
 inline constexpr const char* kVPKeychainAccountKey = "acct";
@@ -20,30 +19,10 @@ inline constexpr const char* kVPKeychainLabelKey = "labl";
 inline constexpr const char* kVPKeychainLastModifiedKey = "mdat";
 inline constexpr const char* kVPKeychainWhereKey = "svce";
 
-/// Codes of errors in `kVPKeychainErrorDomain`: the store's codes, and -1001 for missing arguments.
-enum VPKeychainErrorCode : std::int32_t {
-    /// Service, account or password missing.
-    kVPKeychainErrorBadArguments = -1001,
-    kVPKeychainErrorItemNotFound = -25300,
-    kVPKeychainErrorDuplicateItem = -25299,
-    /// The store did not answer.
-    kVPKeychainErrorNotAvailable = -25291,
-    /// The store has no default place for new items.
-    kVPKeychainErrorNoDefaultKeychain = -25307,
-    /// The store is locked and may not ask to be unlocked.
-    kVPKeychainErrorInteractionNotAllowed = -25308,
-    /// The store's data can't be read.
-    kVPKeychainErrorDecode = -26275,
-};
-
-/// The text of `kVPKeychainErrorBadArguments`.
-inline constexpr const char* kVPKeychainErrorBadArgumentsText =
-    "The service, the account or the password is missing.";
-
 /// One request to the secret store about a generic-password item, and its answer. The one place
 /// that talks to the store. Dates in `fetchAll`'s dictionaries are seconds since 1970.
 class VPKeychainQuery {
-  public:
+public:
     enum class SynchronizationMode : unsigned { Any = 0, No = 1, Yes = 2 };
 
     /// Empty means absent, for the account, the service, the label and the access group.
@@ -87,7 +66,7 @@ class VPKeychainQuery {
     /// nullptr for 0; the text of -1001, or the store's message for the code.
     static VPErrorPtr errorWithCode(std::int32_t code);
 
-  private:
+private:
     /// Service and account, and the password when saving; clears `error` or sets -1001.
     bool hasArguments(VPErrorPtr* error, bool needsPassword) const;
 

@@ -11,7 +11,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include "velmo/foundation/URLErrors.h"
 #include <curl/curl.h>
 
 namespace velmo {
@@ -33,6 +32,58 @@ public:
 template <class T> void setopt(CURL* easy, CURLoption option, T value) {
     const CURLcode code = curl_easy_setopt(easy, option, value);
     if (code != CURLE_OK) throw CurlSetupError(code);
+}
+
+// The one translation of libcurl's results into the URL error domain, with the failing URL and
+// libcurl's own words as the reason.
+struct MappedError {
+    std::int64_t code;
+    const char* description;
+};
+
+MappedError mapCurlCode(CURLcode code) {
+    switch (code) {
+    case CURLE_OPERATION_TIMEDOUT:
+        return {kNSURLErrorTimedOut, "The request timed out."};
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+        return {kNSURLErrorCannotFindHost, "A server with the specified hostname could not be found."};
+    case CURLE_COULDNT_CONNECT:
+        return {kNSURLErrorCannotConnectToHost, "Could not connect to the server."};
+    case CURLE_URL_MALFORMAT:
+        return {kNSURLErrorBadURL, "bad URL"};
+    case CURLE_UNSUPPORTED_PROTOCOL:
+        return {kNSURLErrorUnsupportedURL, "unsupported URL"};
+    case CURLE_TOO_MANY_REDIRECTS:
+        return {kNSURLErrorHTTPTooManyRedirects, "too many HTTP redirects"};
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_CACERT_BADFILE:
+        return {kNSURLErrorSecureConnectionFailed,
+                "An SSL error has occurred and a secure connection to the server cannot be made."};
+    case CURLE_WRITE_ERROR:
+        return {kNSURLErrorCannotWriteToFile, "The file could not be written."};
+    case CURLE_ABORTED_BY_CALLBACK:
+        return {kNSURLErrorCancelled, "cancelled"};
+    case CURLE_BAD_CONTENT_ENCODING:
+        return {kNSURLErrorCannotDecodeContentData, "cannot decode raw data"};
+    default:
+        // A reply cut short, a connection reset, nothing sent back: the connection was lost.
+        return {kNSURLErrorNetworkConnectionLost, "The network connection was lost."};
+    }
+}
+
+VPErrorPtr urlErrorForCurlCode(CURLcode code, const std::string& url, const std::string& detail) {
+    const MappedError mapped = mapCurlCode(code);
+    Dictionary info{
+        {kNSLocalizedDescriptionKey, Value(mapped.description)},
+        {kNSURLErrorFailingURLStringErrorKey, Value(url)},
+        {kNSURLErrorFailingURLErrorKey, Value(url)},
+    };
+    if (!detail.empty()) info.set(kNSLocalizedFailureReasonErrorKey, Value(detail));
+    return VPError::make(kNSURLErrorDomain, mapped.code, info);
 }
 
 class TransferLoop;
@@ -203,6 +254,8 @@ void HTTPTransfer::Impl::configure() {
     setopt(easy, CURLOPT_WRITEFUNCTION, &Impl::onWrite);
     setopt(easy, CURLOPT_WRITEDATA, static_cast<void*>(this));
     if (options.largeReads) setopt(easy, CURLOPT_BUFFERSIZE, kLargeReadSize);
+    if (options.deadline.count() > 0)
+        setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(options.deadline.count()));
     const double limit = request.timeoutInterval;
     if (options.reportsUploadProgress || limit > 0) {
         setopt(easy, CURLOPT_XFERINFOFUNCTION, &Impl::onProgress);

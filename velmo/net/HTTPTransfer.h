@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -27,11 +28,14 @@ public:
 
 /// One HTTP exchange on the process's transfer thread, which drives every transfer of the
 /// process through one libcurl multi handle: connections to a host are kept alive and shared,
-/// and no thread waits on any one transfer.
+/// and no thread waits on any one transfer. This is the process's only way onto the network:
+/// the request operation, the log sender and the blocking request all come through here.
 ///
-/// Redirects are followed. The only time limit is the request's `timeoutInterval` (none when 0),
-/// counted as time in which not one byte moves either way: a transfer that keeps moving, however
-/// slowly, is never cut off here. It fails as timed out.
+/// Only http and https are spoken, on redirects too (a redirect to file:// fails), and up to 16
+/// redirects are followed. Failures are errors of the URL error domain, from one translation of
+/// libcurl's results. Time: the request's `timeoutInterval` (none when 0) counts time in which not
+/// one byte moves either way, so a transfer that keeps moving, however slowly, is never cut off
+/// by it; `Options::deadline` bounds the whole transfer. Either fails as timed out.
 class HTTPTransfer {
 public:
     struct Options {
@@ -39,6 +43,9 @@ public:
         bool reportsUploadProgress = false;
         /// Read in large pieces, for big bodies saved to files.
         bool largeReads = false;
+        /// The whole transfer ends by then, moving or not, and fails as timed out; 0: no such
+        /// limit. For posts nobody waits for, which must not hold a connection for long.
+        std::chrono::milliseconds deadline{0};
     };
 
     /// The transfer keeps the delegate until it has ended or been cancelled.

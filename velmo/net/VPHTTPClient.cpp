@@ -1,6 +1,7 @@
 #include "velmo/net/VPHTTPClient.h"
 
 #include <map>
+#include <mutex>
 
 #include "velmo/foundation/VDClass.h"
 #include "velmo/runtime/VVDI.h"
@@ -25,16 +26,6 @@ std::shared_ptr<VPHTTPClient> instantiate(const VDClass& cls) {
     return std::dynamic_pointer_cast<VPHTTPClient>(cls.create());
 }
 
-template <class T> T readLocked(std::mutex& mutex, const T& field) {
-    std::lock_guard lock(mutex);
-    return field;
-}
-
-template <class T> void writeLocked(std::mutex& mutex, T& field, T value) {
-    std::lock_guard lock(mutex);
-    field = std::move(value);
-}
-
 // Header values are strings; numbers are written as text, and anything else is left out.
 std::optional<std::string> headerText(const Value& value) {
     if (value.isString()) return value.str();
@@ -43,18 +34,6 @@ std::optional<std::string> headerText(const Value& value) {
 }
 
 } // namespace
-
-struct VPHTTPClient::Fields {
-    bool sendParametersAsJSON = false;
-    Dictionary baseParameters;
-    std::optional<std::string> username;
-    std::optional<std::string> password;
-    std::string basePath;
-    std::optional<std::string> userAgent;
-    unsigned cachePolicy = 0;
-    unsigned timeoutInterval = 0;
-    Dictionary HTTPHeaderFields;
-};
 
 VPHTTPClient::VPHTTPClient() = default;
 
@@ -106,95 +85,89 @@ std::shared_ptr<VPHTTPClient> VPHTTPClient::sharedClientWithIdentifier(std::stri
 // ---------------------------------------------------------------- fields
 
 bool VPHTTPClient::sendParametersAsJSON() const {
-    return readLocked(mutex_, sendParametersAsJSON_);
+    return fields_.get(&Fields::sendParametersAsJSON);
 }
 
 void VPHTTPClient::setSendParametersAsJSON(bool json) {
-    writeLocked(mutex_, sendParametersAsJSON_, json);
+    fields_.set(&Fields::sendParametersAsJSON, json);
 }
 
 Dictionary VPHTTPClient::baseParameters() const {
-    return readLocked(mutex_, baseParameters_).copy();
+    return fields_.get(&Fields::baseParameters).copy();
 }
 
 void VPHTTPClient::setBaseParameters(const Dictionary& parameters) {
-    writeLocked(mutex_, baseParameters_, parameters.copy());
+    fields_.set(&Fields::baseParameters, parameters.copy());
 }
 
 std::optional<std::string> VPHTTPClient::username() const {
-    return readLocked(mutex_, username_);
+    return fields_.get(&Fields::username);
 }
 
 std::optional<std::string> VPHTTPClient::password() const {
-    return readLocked(mutex_, password_);
+    return fields_.get(&Fields::password);
 }
 
 std::string VPHTTPClient::basePath() const {
-    return readLocked(mutex_, basePath_);
+    return fields_.get(&Fields::basePath);
 }
 
 void VPHTTPClient::setBasePath(std::string basePath) {
-    writeLocked(mutex_, basePath_, std::move(basePath));
+    fields_.set(&Fields::basePath, std::move(basePath));
 }
 
 std::optional<std::string> VPHTTPClient::userAgent() const {
-    return readLocked(mutex_, userAgent_);
+    return fields_.get(&Fields::userAgent);
 }
 
 void VPHTTPClient::setUserAgent(std::optional<std::string> userAgent) {
-    writeLocked(mutex_, userAgent_, std::move(userAgent));
+    fields_.set(&Fields::userAgent, std::move(userAgent));
 }
 
 unsigned VPHTTPClient::cachePolicy() const {
-    return readLocked(mutex_, cachePolicy_);
+    return fields_.get(&Fields::cachePolicy);
 }
 
 void VPHTTPClient::setCachePolicy(unsigned policy) {
-    writeLocked(mutex_, cachePolicy_, policy);
+    fields_.set(&Fields::cachePolicy, policy);
 }
 
 unsigned VPHTTPClient::timeoutInterval() const {
-    return readLocked(mutex_, timeoutInterval_);
+    return fields_.get(&Fields::timeoutInterval);
 }
 
 void VPHTTPClient::setTimeoutInterval(unsigned seconds) {
-    writeLocked(mutex_, timeoutInterval_, seconds);
+    fields_.set(&Fields::timeoutInterval, seconds);
 }
 
 Dictionary VPHTTPClient::HTTPHeaderFields() const {
-    std::lock_guard lock(mutex_);
-    return HTTPHeaderFields_.copy();
+    return fields_.with([](const Fields& f) { return f.HTTPHeaderFields.copy(); });
 }
 
 void VPHTTPClient::setBasicAuthWithUsername(std::optional<std::string> username,
                                             std::optional<std::string> password) {
-    std::lock_guard lock(mutex_);
-    username_ = std::move(username);
-    password_ = std::move(password);
+    fields_.with([&](Fields& f) {
+        f.username = std::move(username);
+        f.password = std::move(password);
+    });
 }
 
 void VPHTTPClient::setValue(std::optional<std::string> value, std::string_view field) {
-    std::lock_guard lock(mutex_);
-    if (value) {
-        HTTPHeaderFields_.set(field, Value(std::move(*value)));
-    } else {
-        HTTPHeaderFields_.remove(field);
-    }
+    fields_.with([&](Fields& f) {
+        if (value) {
+            f.HTTPHeaderFields.set(field, Value(std::move(*value)));
+        } else {
+            f.HTTPHeaderFields.remove(field);
+        }
+    });
 }
 
 VPHTTPClient::Fields VPHTTPClient::fields() const {
-    // Base parameters are replaced, never changed in place, so sharing them is as good as a copy;
-    // the headers are changed in place.
-    std::lock_guard lock(mutex_);
-    return Fields{sendParametersAsJSON_,
-                  baseParameters_,
-                  username_,
-                  password_,
-                  basePath_,
-                  userAgent_,
-                  cachePolicy_,
-                  timeoutInterval_,
-                  HTTPHeaderFields_.copy()};
+    return fields_.with([](const Fields& f) {
+        Fields copy = f;
+        copy.HTTPHeaderFields = f.HTTPHeaderFields.copy();
+        return copy;
+    });
 }
 
 // ---------------------------------------------------------------- sending

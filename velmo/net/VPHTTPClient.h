@@ -1,11 +1,11 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "velmo/foundation/Guarded.h"
 #include "velmo/foundation/Object.h"
 #include "velmo/foundation/OperationQueue.h"
 #include "velmo/foundation/Value.h"
@@ -113,21 +113,24 @@ protected:
     virtual void queueRequest(const std::shared_ptr<VPHTTPRequest>& request);
 
 private:
-    struct Fields;
+    // Written by any thread while others queue requests, in one block under one lock.
+    struct Fields {
+        bool sendParametersAsJSON = false;
+        // Replaced, never changed in place, so sharing it is as good as a copy.
+        Dictionary baseParameters;
+        std::optional<std::string> username;
+        std::optional<std::string> password;
+        std::string basePath;
+        std::optional<std::string> userAgent;
+        unsigned cachePolicy = 0;
+        unsigned timeoutInterval = 0;
+        // Changed in place: copied when read.
+        Dictionary HTTPHeaderFields = Dictionary::create();
+    };
     /// The fields as they stand, copied under the lock.
     Fields fields() const;
 
-    mutable std::mutex mutex_; // guards the fields below up to the marker
-    bool sendParametersAsJSON_ = false;
-    Dictionary baseParameters_;
-    std::optional<std::string> username_;
-    std::optional<std::string> password_;
-    std::string basePath_;
-    std::optional<std::string> userAgent_;
-    unsigned cachePolicy_ = 0;
-    unsigned timeoutInterval_ = 0;
-    Dictionary HTTPHeaderFields_ = Dictionary::create();
-    // ---- end of the fields under `mutex_`
+    Guarded<Fields> fields_;
 
     // Requests start on the engine's threads, which nothing that waits on a request can hold.
     OperationQueue operationQueue_{"VPHTTPClient", VPHTTPRequest::engineQueue()};

@@ -21,7 +21,6 @@
 #include "velmo/foundation/Utf8.h"
 #include "velmo/foundation/VDClass.h"
 #include "velmo/net/HTTPTransfer.h"
-#include "velmo/net/VPHTTPClient.h"
 #include "velmo/runtime/VPLogging.h"
 
 namespace velmo {
@@ -141,14 +140,17 @@ struct VPHTTPRequest::TransferEvents : HTTPTransferDelegate {
 VPHTTPRequest::VPHTTPRequest(std::string_view address, VPHTTPRequestMethod method, Value parameters,
                              std::string saveToPath, Progress progress, Completion completion)
     : method_(method), savePath_(std::move(saveToPath)), progress_(std::move(progress)),
-      completion_(std::move(completion)), parameters_(std::move(parameters)),
+      completion_(std::move(completion)),
       saveDataDispatchQueue_(DispatchQueue::createSerial(kVPHTTPRequestQueueLabel, *engineQueue())),
       timeoutTimer_(*saveDataDispatchQueue_) {
     // Switching pipelining on for requests other than POST without a save path has no
     // counterpart here: libcurl dropped HTTP/1.1 pipelining, and its transfers share kept-alive
     // connections anyway.
-    request_.url = std::string(address);
-    request_.method = methodName(method);
+    fields_.with([&](Fields& f) {
+        f.request.url = std::string(address);
+        f.request.method = methodName(method);
+        f.parameters = std::move(parameters);
+    });
     if (auto url = URL::URLWithString(address)) {
         requestPath_ = url->path();
         if (requestPath_.starts_with('/')) requestPath_.erase(0, 1);
@@ -160,7 +162,7 @@ VPHTTPRequest::VPHTTPRequest(std::string_view address, VPHTTPRequestMethod metho
     : VPHTTPRequest(address, method, std::move(parameters), std::string(), nullptr, std::move(completion)) {}
 
 VPHTTPRequest::~VPHTTPRequest() {
-    if (transfer_) transfer_->cancel();
+    if (auto transfer = this->transfer()) transfer->cancel();
     closeFile();
 }
 
@@ -260,12 +262,13 @@ const std::shared_ptr<DispatchQueue>& VPHTTPRequest::engineQueue() {
 // ---------------------------------------------------------------- fields
 
 void VPHTTPRequest::setValue(std::optional<std::string> value, std::string_view field) {
-    std::lock_guard lock(mutex_);
-    if (value) {
-        request_.setValueForHTTPHeaderField(std::move(*value), field);
-    } else {
-        request_.removeValueForHTTPHeaderField(field);
-    }
+    fields_.with([&](Fields& f) {
+        if (value) {
+            f.request.setValueForHTTPHeaderField(std::move(*value), field);
+        } else {
+            f.request.removeValueForHTTPHeaderField(field);
+        }
+    });
 }
 
 void VPHTTPRequest::signRequestWithUsername(std::string_view username, std::string_view password) {
@@ -274,78 +277,62 @@ void VPHTTPRequest::signRequestWithUsername(std::string_view username, std::stri
 }
 
 bool VPHTTPRequest::sendParametersAsJSON() const {
-    std::lock_guard lock(mutex_);
-    return sendParametersAsJSON_;
+    return fields_.get(&Fields::sendParametersAsJSON);
 }
 
 void VPHTTPRequest::setSendParametersAsJSON(bool json) {
-    std::lock_guard lock(mutex_);
-    sendParametersAsJSON_ = json;
+    fields_.set(&Fields::sendParametersAsJSON, json);
 }
 
 std::optional<std::string> VPHTTPRequest::userAgent() const {
-    std::lock_guard lock(mutex_);
-    return userAgent_;
+    return fields_.get(&Fields::userAgent);
 }
 
 void VPHTTPRequest::setUserAgent(std::optional<std::string> userAgent) {
-    std::lock_guard lock(mutex_);
-    userAgent_ = std::move(userAgent);
+    fields_.set(&Fields::userAgent, std::move(userAgent));
 }
 
 unsigned VPHTTPRequest::cachePolicy() const {
-    std::lock_guard lock(mutex_);
-    return cachePolicy_;
+    return fields_.get(&Fields::cachePolicy);
 }
 
 void VPHTTPRequest::setCachePolicy(unsigned policy) {
-    std::lock_guard lock(mutex_);
-    cachePolicy_ = policy;
+    fields_.set(&Fields::cachePolicy, policy);
 }
 
 unsigned VPHTTPRequest::timeoutInterval() const {
-    std::lock_guard lock(mutex_);
-    return effectiveTimeoutInterval(timeoutInterval_);
+    return effectiveTimeoutInterval(fields_.get(&Fields::timeoutInterval));
 }
 
 void VPHTTPRequest::setTimeoutInterval(unsigned seconds) {
-    {
-        std::lock_guard lock(mutex_);
-        timeoutInterval_ = seconds;
-    }
+    fields_.set(&Fields::timeoutInterval, seconds);
     // A caller may set the limit on a request its client has already started (the queue starts
     // requests at once): the running timer takes it.
     if (isExecuting() && savePath_.empty()) armTimeoutTimer();
 }
 
 URLRequest VPHTTPRequest::operationRequest() const {
-    std::lock_guard lock(mutex_);
-    return request_;
+    return fields_.get(&Fields::request);
 }
 
 Value VPHTTPRequest::parameters() const {
-    std::lock_guard lock(mutex_);
-    return parameters_;
+    return fields_.get(&Fields::parameters);
 }
 
 std::shared_ptr<HTTPURLResponse> VPHTTPRequest::operationURLResponse() const {
-    std::lock_guard lock(mutex_);
-    return response_;
+    return fields_.get(&Fields::response);
 }
 
 std::shared_ptr<VPHTTPClient> VPHTTPRequest::client() const {
-    std::lock_guard lock(mutex_);
-    return client_.lock();
+    return fields_.get(&Fields::client).lock();
 }
 
 void VPHTTPRequest::setClient(const std::shared_ptr<VPHTTPClient>& client) {
-    std::lock_guard lock(mutex_);
-    client_ = client;
+    fields_.set(&Fields::client, client);
 }
 
 std::shared_ptr<HTTPTransfer> VPHTTPRequest::transfer() const {
-    std::lock_guard lock(mutex_);
-    return transfer_;
+    return fields_.get(&Fields::transfer);
 }
 
 // ---------------------------------------------------------------- encoding
@@ -428,11 +415,10 @@ void VPHTTPRequest::addParametersToRequest(const Value& parameters) {
         const Dictionary dictionary = parameters.dictionary();
         if (dictionary.empty()) return;
         const std::string query = parameterStringForDictionary(dictionary);
-        std::lock_guard lock(mutex_);
-        // Appended as text, keys as given. An address that already has a query gets "&" rather
-        // than a second "?", which would end up in the value of its last parameter.
-        request_.url += request_.url.find('?') == std::string::npos ? '?' : '&';
-        request_.url += query;
+        // Appended as text, keys as given, and always after a "?": an address that already has a
+        // query gets a second one, which the server reads as part of its last value. Callers
+        // that build addresses with queries rely on their parameters arriving this way.
+        fields_.with([&](Fields& f) { f.request.url += "?" + query; });
         return;
     }
 
@@ -474,9 +460,10 @@ void VPHTTPRequest::addParametersToRequest(const Value& parameters) {
         }
         contentType = "application/json";
     }
-    std::lock_guard lock(mutex_);
-    request_.setValueForHTTPHeaderField(std::move(contentType), "Content-Type");
-    request_.body = std::move(body);
+    fields_.with([&](Fields& f) {
+        f.request.setValueForHTTPHeaderField(std::move(contentType), "Content-Type");
+        f.request.body = std::move(body);
+    });
 }
 
 // ---------------------------------------------------------------- start
@@ -489,22 +476,22 @@ void VPHTTPRequest::start() {
     // Scoped to the encoding, so that bytes given as parameters aren't held beside the body.
     if (const Value parameters = this->parameters(); !parameters.isNil()) addParametersToRequest(parameters);
 
-    URLRequest request;
-    {
-        std::lock_guard lock(mutex_);
-        parameters_ = Value();
-        if (userAgent_) {
-            request_.setValueForHTTPHeaderField(*userAgent_, "User-Agent");
-        } else if (auto agent = defaultUserAgent()) {
-            request_.setValueForHTTPHeaderField(*agent, "User-Agent");
+    const std::optional<std::string> agent = defaultUserAgent();
+    URLRequest request = fields_.with([&](Fields& f) {
+        f.parameters = Value();
+        if (f.userAgent) {
+            f.request.setValueForHTTPHeaderField(*f.userAgent, "User-Agent");
+        } else if (agent) {
+            f.request.setValueForHTTPHeaderField(*agent, "User-Agent");
         }
-        if (savePath_.empty()) request_.timeoutInterval = kNoProgressLimit;
-        startTime_ = std::chrono::steady_clock::now();
-        std::string body = std::move(request_.body);
-        request_.body.clear();
-        request = request_;
-        request.body = std::move(body);
-    }
+        if (savePath_.empty()) f.request.timeoutInterval = kNoProgressLimit;
+        f.startTime = std::chrono::steady_clock::now();
+        // The body goes to the transfer alone, so that it is held once.
+        std::string body = std::exchange(f.request.body, std::string());
+        URLRequest copy = f.request;
+        copy.body = std::move(body);
+        return copy;
+    });
     taskCount_ = TaskCount::Raising;
     DispatchQueue::main().async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this())] {
         TaskCount expected = TaskCount::Raising;
@@ -530,23 +517,27 @@ void VPHTTPRequest::start() {
         std::move(request),
         std::make_shared<TransferEvents>(std::static_pointer_cast<VPHTTPRequest>(shared_from_this())),
         options);
-    {
-        std::lock_guard lock(mutex_);
-        // Cancelled while starting: the transfer never goes out.
-        if (finishing_) return;
-        transfer_ = transfer;
+    const bool handedOver = fields_.with([&](Fields& f) {
+        // Cancelled while starting: the transfer never goes out. Starting only hands it to the
+        // transfer thread, so it may happen under the lock.
+        if (f.finishing) return false;
+        f.transfer = transfer;
         transfer->start();
-    }
+        return true;
+    });
+    if (!handedOver) return;
     SystemLog::log(fmt::format("[{}] {}", methodName(method_), address));
 }
 
 // A cancel that came first has already queued the closing of the file on the serial queue: the
 // file is then not opened, since nothing would close it. Written on the serial queue only.
 VPErrorPtr VPHTTPRequest::openSaveFile() {
-    std::lock_guard lock(mutex_);
-    if (finishing_) return nullptr;
-    fileDescriptor_ = ::open(savePath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (fileDescriptor_ >= 0) return nullptr;
+    const bool opened = fields_.with([this](const Fields& f) {
+        if (f.finishing) return true;
+        fileDescriptor_ = ::open(savePath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+        return fileDescriptor_ >= 0;
+    });
+    if (opened) return nullptr;
     return VPError::make(
         kVPHTTPRequestWriteErrorDomain, 0,
         Dictionary{{kNSLocalizedDescriptionKey, Value(fmt::format("The file \"{}\" could not be created: {}",
@@ -559,16 +550,17 @@ void VPHTTPRequest::armTimeoutTimer() {
     // The limit is read and the timer armed under one lock, so that of two threads arming at once
     // (`start` and a new limit) the one with the older limit can't arm last. Nothing is armed once
     // the request has ended.
-    std::lock_guard lock(mutex_);
-    if (completed_ || finishing_) return;
-    const std::chrono::seconds limit(effectiveTimeoutInterval(timeoutInterval_));
-    const auto remaining = startTime_ + limit - std::chrono::steady_clock::now();
-    timeoutTimer_.start(
-        std::max(remaining, std::chrono::steady_clock::duration::zero()),
-        [weak] {
-            if (auto self = weak.lock()) self->requestTimeout();
-        },
-        false);
+    fields_.with([&](const Fields& f) {
+        if (completed_ || f.finishing) return;
+        const std::chrono::seconds limit(effectiveTimeoutInterval(f.timeoutInterval));
+        const auto remaining = f.startTime + limit - std::chrono::steady_clock::now();
+        timeoutTimer_.start(
+            std::max(remaining, std::chrono::steady_clock::duration::zero()),
+            [weak] {
+                if (auto self = weak.lock()) self->requestTimeout();
+            },
+            false);
+    });
 }
 
 // ---------------------------------------------------------------- receiving (serial queue unless said)
@@ -596,8 +588,7 @@ void VPHTTPRequest::receiveResponse(std::shared_ptr<HTTPURLResponse> response) {
             const std::int64_t expected = response->expectedContentLength;
             self->expectedContentLength_ = expected < 0 ? -1.0f : static_cast<float>(expected);
             self->receivedContentLength_ = 0;
-            std::lock_guard lock(self->mutex_);
-            self->response_ = response;
+            self->fields_.set(&Fields::response, response);
         });
 }
 
@@ -685,13 +676,14 @@ void VPHTTPRequest::finishLoading() {
 // ---------------------------------------------------------------- completion
 
 void VPHTTPRequest::callCompletionBlockWithResponse(Value response, VPErrorPtr error) {
-    {
-        // Time-out, transfer end and write failure race for this step: the first one completes.
-        // Under the lock that arms the timer, so that no timer is armed after this.
-        std::lock_guard lock(mutex_);
-        if (completed_.exchange(true)) return;
+    // Time-out, transfer end and write failure race for this step: the first one completes.
+    // Under the lock that arms the timer, so that no timer is armed after this.
+    const bool first = fields_.with([this](const Fields&) {
+        if (completed_.exchange(true)) return false;
         timeoutTimer_.cancel();
-    }
+        return true;
+    });
+    if (!first) return;
     closeFile();
     DispatchQueue::main().async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()),
                                  response = std::move(response), urlResponse = operationURLResponse(),
@@ -741,14 +733,15 @@ void VPHTTPRequest::reportProgress(float progress) const {
 // Also clears the timer, under the lock that arms it.
 void VPHTTPRequest::finish() {
     std::shared_ptr<HTTPTransfer> transfer;
-    {
-        std::lock_guard lock(mutex_);
+    const bool first = fields_.with([&](Fields& f) {
         // Cancel and the completion step may both end the request: only the first does.
-        if (finishing_) return;
-        finishing_ = true;
+        if (f.finishing) return false;
+        f.finishing = true;
         timeoutTimer_.cancel();
-        transfer = std::move(transfer_);
-    }
+        transfer = std::move(f.transfer);
+        return true;
+    });
+    if (!first) return;
     if (transfer) transfer->cancel();
     if (taskCount_.exchange(TaskCount::Done) == TaskCount::Raised) decreaseTaskCount();
     if (!savePath_.empty()) {

@@ -5,12 +5,12 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "velmo/foundation/DispatchQueue.h"
+#include "velmo/foundation/Guarded.h"
 #include "velmo/foundation/Operation.h"
 #include "velmo/foundation/URLRequest.h"
 #include "velmo/foundation/VPError.h"
@@ -203,24 +203,29 @@ private:
     Completion completion_; // taken by the completion step on the main queue
     std::string requestPath_;
 
-    mutable std::mutex mutex_; // guards the fields below up to the marker
-    URLRequest request_;
-    Value parameters_;
-    bool sendParametersAsJSON_ = false;
-    std::optional<std::string> userAgent_;
-    unsigned cachePolicy_ = 0;
-    unsigned timeoutInterval_ = 0;
-    std::weak_ptr<VPHTTPClient> client_;
-    std::shared_ptr<HTTPTransfer> transfer_;
-    std::shared_ptr<HTTPURLResponse> response_;
-    std::chrono::steady_clock::time_point startTime_;
-    bool finishing_ = false;
-    // ---- end of the fields under `mutex_`
+    // What crosses threads: the caller's setters, `start`, the transfer's events, the serial queue
+    // and the main queue all meet here, in one block under one lock. The same lock orders the
+    // arming and clearing of the timer against `finishing`.
+    struct Fields {
+        URLRequest request;
+        Value parameters;
+        bool sendParametersAsJSON = false;
+        std::optional<std::string> userAgent;
+        unsigned cachePolicy = 0;
+        unsigned timeoutInterval = 0;
+        // The client only made the request: a weak link, so that neither keeps the other.
+        std::weak_ptr<VPHTTPClient> client;
+        std::shared_ptr<HTTPTransfer> transfer;
+        std::shared_ptr<HTTPURLResponse> response;
+        std::chrono::steady_clock::time_point startTime;
+        bool finishing = false;
+    };
+    Guarded<Fields> fields_;
 
     std::shared_ptr<DispatchQueue> saveDataDispatchQueue_;
     DispatchTimer timeoutTimer_;
 
-    // Touched on the serial queue only, but for the file's opening by `start`, under `mutex_`,
+    // Touched on the serial queue only, but for the file's opening by `start`, under the fields' lock,
     // before the transfer can queue a write.
     std::string operationData_;
     int fileDescriptor_ = -1;

@@ -1,185 +1,122 @@
 #include "velmo/runtime/VPLogSender.h"
 
+#include <cstdint>
 #include <deque>
+#include <map>
 #include <mutex>
-#include <thread>
+#include <optional>
+#include <string_view>
 #include <utility>
 
-#include <curl/curl.h>
+#include "velmo/foundation/URLRequest.h"
+#include "velmo/net/HTTPTransfer.h"
 
 namespace velmo {
 
 namespace {
 
-struct Request {
-    std::string url;
-    std::string body;
-    std::vector<std::string> headers;
-};
-
-// One transfer and what it owns; libcurl keeps pointers into both until the handle goes.
-struct Transfer {
-    CURL* easy = nullptr;
-    curl_slist* headers = nullptr;
-
-    ~Transfer() {
-        if (easy) curl_easy_cleanup(easy);
-        if (headers) curl_slist_free_all(headers);
-    }
-};
-
-std::size_t discardBody(char*, std::size_t size, std::size_t count, void*) {
-    return size * count;
-}
-
-void initCurlOnce() {
-    static std::once_flag once;
-    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
-}
-
-template <class T> bool setOption(CURL* easy, CURLoption option, T value) {
-    return curl_easy_setopt(easy, option, value) == CURLE_OK;
-}
-
-// Builds the transfer; nothing when libcurl refuses any part of it.
-std::unique_ptr<Transfer> makeTransfer(const Request& request, std::chrono::milliseconds timeout) {
-    auto transfer = std::make_unique<Transfer>();
-    transfer->easy = curl_easy_init();
-    if (!transfer->easy) return nullptr;
-    for (const auto& header : request.headers) {
-        curl_slist* list = curl_slist_append(transfer->headers, header.c_str());
-        if (!list) return nullptr;
-        transfer->headers = list;
-    }
-    // No "Expect: 100-continue" round trip for larger bodies.
-    curl_slist* list = curl_slist_append(transfer->headers, "Expect:");
-    if (!list) return nullptr;
-    transfer->headers = list;
-
-    CURL* easy = transfer->easy;
-    const bool ok =
-        setOption(easy, CURLOPT_URL, request.url.c_str()) &&
-        setOption(easy, CURLOPT_PROTOCOLS_STR, "http,https") && setOption(easy, CURLOPT_NOSIGNAL, 1L) &&
-        setOption(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size())) &&
-        setOption(easy, CURLOPT_COPYPOSTFIELDS, request.body.c_str()) &&
-        setOption(easy, CURLOPT_HTTPHEADER, transfer->headers) &&
-        setOption(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(timeout.count())) &&
-        setOption(easy, CURLOPT_WRITEFUNCTION, &discardBody);
-    return ok ? std::move(transfer) : nullptr;
+// "Name: value" as the pair a request holds; nothing for a line without a name.
+std::optional<std::pair<std::string, std::string>> headerField(std::string_view line) {
+    const std::size_t colon = line.find(':');
+    if (colon == std::string_view::npos || colon == 0) return std::nullopt;
+    std::string_view value = line.substr(colon + 1);
+    while (!value.empty() && (value.front() == ' ' || value.front() == '\t'))
+        value.remove_prefix(1);
+    return std::make_pair(std::string(line.substr(0, colon)), std::string(value));
 }
 
 } // namespace
 
-struct VPLogSender::Impl {
+struct VPLogSender::Impl : std::enable_shared_from_this<VPLogSender::Impl> {
+    // Hears the end of one post, which frees its place for the next waiting one.
+    struct Ending : HTTPTransferDelegate {
+        Ending(std::weak_ptr<Impl> sender, std::uint64_t id) : sender(std::move(sender)), id(id) {}
+        void transferDidReceiveResponse(std::shared_ptr<HTTPURLResponse>) override {}
+        bool transferDidReceiveData(std::string_view) override { return true; }
+        void transferDidSendBodyData(std::int64_t, std::int64_t) override {}
+        void transferDidFinish() override { ended(); }
+        void transferDidFail(VPErrorPtr) override { ended(); }
+        void ended() {
+            if (auto impl = sender.lock()) impl->ended(id);
+        }
+
+        std::weak_ptr<Impl> sender;
+        std::uint64_t id;
+    };
+
     explicit Impl(Limits l) : limits(l) {}
 
-    Limits limits;
-    std::mutex mutex;
-    std::deque<Request> queued;
-    bool stopping = false;
-    // False before the first post and after the worker gave up on a failing multi handle.
-    bool working = false;
-    // Made with each worker, then used by that worker alone, but for `curl_multi_wakeup`.
-    CURLM* multi = nullptr;
-    std::thread worker;
+    /// Starts waiting posts while there is room; the caller holds `mutex`.
+    void startWaiting();
+    void ended(std::uint64_t id);
 
-    void run();
-    /// Starts a worker on a fresh multi handle; the caller holds `mutex`. False when it can't.
-    bool startWorker();
-    bool canStartMore(std::size_t active) {
-        std::lock_guard lock(mutex);
-        return !stopping && active < limits.maxInFlight && !queued.empty();
-    }
-    void startTransfers(std::vector<std::unique_ptr<Transfer>>& active);
+    const Limits limits;
+    std::mutex mutex;
+    std::deque<URLRequest> waiting;
+    std::map<std::uint64_t, std::shared_ptr<HTTPTransfer>> inFlight;
+    std::uint64_t nextId = 0;
+    bool stopping = false;
 };
 
-void VPLogSender::Impl::startTransfers(std::vector<std::unique_ptr<Transfer>>& active) {
-    std::vector<Request> starting;
-    {
-        std::lock_guard lock(mutex);
-        while (active.size() + starting.size() < limits.maxInFlight && !queued.empty()) {
-            starting.push_back(std::move(queued.front()));
-            queued.pop_front();
+void VPLogSender::Impl::startWaiting() {
+    HTTPTransfer::Options options;
+    options.deadline = limits.timeout;
+    while (!stopping && inFlight.size() < limits.maxInFlight && !waiting.empty()) {
+        URLRequest request = std::move(waiting.front());
+        waiting.pop_front();
+        const std::uint64_t id = nextId++;
+        auto transfer = std::make_shared<HTTPTransfer>(
+            std::move(request), std::make_shared<Ending>(weak_from_this(), id), options);
+        inFlight.emplace(id, transfer);
+        // Its events come on the transfer thread, never from within `start`.
+        try {
+            transfer->start();
+        } catch (...) {
+            // The engine couldn't start: the record is lost, as any failed post is.
+            inFlight.erase(id);
         }
-    }
-    for (const auto& request : starting) {
-        auto transfer = makeTransfer(request, limits.timeout);
-        if (!transfer) continue;
-        if (curl_multi_add_handle(multi, transfer->easy) != CURLM_OK) continue;
-        active.push_back(std::move(transfer));
     }
 }
 
-void VPLogSender::Impl::run() {
-    std::vector<std::unique_ptr<Transfer>> active;
-    for (;;) {
-        {
-            std::lock_guard lock(mutex);
-            if (stopping) break;
-        }
-        startTransfers(active);
-        int running = 0;
-        if (curl_multi_perform(multi, &running) != CURLM_OK) break;
-        int left = 0;
-        while (CURLMsg* message = curl_multi_info_read(multi, &left)) {
-            if (message->msg != CURLMSG_DONE) continue;
-            CURL* done = message->easy_handle;
-            curl_multi_remove_handle(multi, done);
-            std::erase_if(active, [done](const auto& t) { return t->easy == done; });
-        }
-        if (canStartMore(active.size())) continue; // a finished transfer freed a slot
-        // Woken by the network, by `post`, or by the destructor.
-        if (curl_multi_poll(multi, nullptr, 0, 1000, nullptr) != CURLM_OK) break;
-    }
-    for (const auto& transfer : active)
-        curl_multi_remove_handle(multi, transfer->easy);
-    active.clear();
-    // Last: once this is seen, `post` may join this thread and replace the handle. Until then, what
-    // is queued waits for the next post's worker rather than for a worker that is gone.
+void VPLogSender::Impl::ended(std::uint64_t id) {
+    std::shared_ptr<HTTPTransfer> done; // let go after the lock
     std::lock_guard lock(mutex);
-    working = false;
-}
-
-bool VPLogSender::Impl::startWorker() {
-    // A worker that gave up has nothing left but to return.
-    if (worker.joinable()) worker.join();
-    // Its handle failed, so it isn't trusted again.
-    if (multi) curl_multi_cleanup(std::exchange(multi, nullptr));
-    initCurlOnce();
-    multi = curl_multi_init();
-    if (!multi) return false;
-    try {
-        worker = std::thread([this] { run(); });
-    } catch (...) {
-        curl_multi_cleanup(std::exchange(multi, nullptr));
-        return false;
+    if (auto it = inFlight.find(id); it != inFlight.end()) {
+        done = std::move(it->second);
+        inFlight.erase(it);
     }
-    working = true;
-    return true;
+    startWaiting();
 }
 
 VPLogSender::VPLogSender() : VPLogSender(Limits{}) {}
 
-VPLogSender::VPLogSender(Limits limits) : impl_(std::make_unique<Impl>(limits)) {}
+VPLogSender::VPLogSender(Limits limits) : impl_(std::make_shared<Impl>(limits)) {}
 
 VPLogSender::~VPLogSender() {
+    std::map<std::uint64_t, std::shared_ptr<HTTPTransfer>> abandoned;
     {
         std::lock_guard lock(impl_->mutex);
         impl_->stopping = true;
-        if (impl_->multi) curl_multi_wakeup(impl_->multi);
+        impl_->waiting.clear();
+        abandoned.swap(impl_->inFlight);
     }
-    if (impl_->worker.joinable()) impl_->worker.join();
-    if (impl_->multi) curl_multi_cleanup(impl_->multi);
+    // Each transfer is cancelled as it goes, which hands the cancel over and doesn't wait.
 }
 
 bool VPLogSender::post(std::string url, std::string body, std::vector<std::string> headers) {
+    URLRequest request;
+    request.url = std::move(url);
+    request.method = "POST";
+    request.body = std::move(body);
+    // No limit on quiet time of its own: `Limits::timeout` ends the whole post.
+    request.timeoutInterval = 0;
+    for (const auto& line : headers) {
+        if (auto field = headerField(line)) request.headers.push_back(std::move(*field));
+    }
     std::lock_guard lock(impl_->mutex);
-    if (impl_->stopping || impl_->queued.size() >= impl_->limits.maxQueued) return false;
-    // The thread starts with the first post, so a sender that never posts costs nothing; and again
-    // after a failure of libcurl ended it, so records aren't queued for nobody.
-    if (!impl_->working && !impl_->startWorker()) return false;
-    impl_->queued.push_back(Request{std::move(url), std::move(body), std::move(headers)});
-    curl_multi_wakeup(impl_->multi);
+    if (impl_->stopping || impl_->waiting.size() >= impl_->limits.maxQueued) return false;
+    impl_->waiting.push_back(std::move(request));
+    impl_->startWaiting();
     return true;
 }
 

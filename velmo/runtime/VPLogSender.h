@@ -8,7 +8,7 @@
 
 namespace velmo {
 
-/// Fire-and-forget HTTP POSTs for logging, on one background thread of the sender's own.
+/// Fire-and-forget HTTP POSTs for logging, through the process's HTTP engine.
 ///
 /// `post` never waits: it queues the request and returns. Requests run concurrently up to
 /// `maxInFlight`; `maxQueued` more wait their turn, and beyond that new requests are dropped, so an
@@ -34,7 +34,8 @@ public:
 
 private:
     struct Impl;
-    std::unique_ptr<Impl> impl_;
+    // Held weakly by the handlers of its transfers' ends, which may hear of them after it is gone.
+    std::shared_ptr<Impl> impl_;
 };
 
 } // namespace velmo

@@ -161,7 +161,7 @@ TEST_F(VDModelFixture, DecodingDropsWhatDoesNotFit) {
              EXPECT_TRUE(m.info().get("n").array()[0].isNull());
          }},
         {"wrong kinds keep the defaults",
-         R"({"model_class":"VDModelTestModel","title":5,"ratio":"x","tags":{},"child":{"a":1},"info":[1]})",
+         R"({"model_class":"VDModelTestModel","title":5,"ratio":[1],"tags":{},"child":{"a":1},"info":[1]})",
          [](VDModelTestModel& m) {
              EXPECT_FALSE(m.title());
              EXPECT_EQ(m.ratio(), 0.5f);
@@ -201,6 +201,54 @@ TEST_F(VDModelFixture, DecodingDropsWhatDoesNotFit) {
         ASSERT_TRUE(model);
         c.check(*model);
     }
+}
+
+// Exporters write numbers as strings often enough: each numeric field reads the text's leading
+// number, and text without one as 0 (false for a flag).
+TEST_F(VDModelFixture, TextInNumericFieldsReadsAsItsLeadingNumber) {
+    const struct {
+        const char* text;
+        float ratio;
+        double precise;
+        std::int32_t count;
+        std::int64_t big;
+        bool enabled;
+        Value width;
+    } cases[] = {
+        {"12", 12.0f, 12.0, 12, 12, true, Value(12)},
+        {" \t\n12abc", 12.0f, 12.0, 12, 12, true, Value(12)},
+        {"abc", 0.0f, 0.0, 0, 0, false, Value(0)},
+        {"", 0.0f, 0.0, 0, 0, false, Value(0)},
+        {"-3.75e1x", -37.5f, -37.5, -3, -3, true, Value(-37.5)},
+        {"+.5", 0.5f, 0.5, 0, 0, false, Value(0.5)},
+        {"12e", 12.0f, 12.0, 12, 12, true, Value(12)},
+        {"1e-999", 0.0f, 0.0, 1, 1, true, Value(0.0)},
+        {"-0", 0.0f, 0.0, 0, 0, false, Value(0)},
+        {"true", 0.0f, 0.0, 0, 0, true, Value(0)},
+        {"no", 0.0f, 0.0, 0, 0, false, Value(0)},
+        {"99999999999", 1e11f, 99999999999.0, INT32_MAX, 99999999999, true, Value(99999999999LL)},
+        {"-99999999999999999999", -1e20f, -1e20, INT32_MIN, INT64_MIN, true, Value(-1e20)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        Dictionary dictionary{{"model_class", Value("VDModelTestModel")}};
+        for (const char* key : {"ratio", "precise", "count", "big", "enabled", "width"})
+            dictionary.set(key, Value(c.text));
+        auto model = std::dynamic_pointer_cast<VDModelTestModel>(
+            VDModelDecoder::modelObjectFromDictionary(dictionary));
+        ASSERT_TRUE(model);
+        EXPECT_EQ(model->ratio(), c.ratio);
+        EXPECT_EQ(model->precise(), c.precise);
+        EXPECT_EQ(model->count(), c.count);
+        EXPECT_EQ(model->big(), c.big);
+        EXPECT_EQ(model->enabled(), c.enabled);
+        EXPECT_EQ(model->width().value(), c.width);
+        EXPECT_EQ(model->width().value().kind(), c.width.kind()) << "integers stay integers";
+        EXPECT_TRUE(model->toDictionary().get("width").isNumber()) << "written back as a number";
+    }
+    auto model = VDModelTestModel::create();
+    model->setValueForKey(Value("2.5 pt"), "scratch");
+    EXPECT_EQ(model->scratch(), 2.5f) << "setting by name reads text the same way";
 }
 
 TEST_F(VDModelFixture, DecodingUsesTheSettersInFieldOrder) {

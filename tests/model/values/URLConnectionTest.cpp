@@ -1,12 +1,17 @@
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include "LocalHttpServer.h"
+#include "velmo/foundation/Files.h"
 #include "velmo/model/values/URLConnection.h"
 
 using namespace velmo;
 
 TEST(URLConnection, BlockingRequestGivesBodyResponseAndNoErrorForStatuses) {
     test::LocalHttpServer server;
+    // The engine keeps connections for reuse: the server lets them go soon, so stopping it is quick.
+    server.server().set_keep_alive_timeout(1);
     server.server().Post("/echo", [](const httplib::Request& req, httplib::Response& res) {
         res.status = 201;
         res.set_header("X-Seen", req.get_header_value("X-Token"));
@@ -45,22 +50,43 @@ TEST(URLConnection, BlockingRequestGivesBodyResponseAndNoErrorForStatuses) {
     EXPECT_EQ(response.url, server.baseURL() + "/missing");
 }
 
-TEST(URLConnection, TransferFailuresAreURLErrors) {
+TEST(URLConnection, TransferFailuresAreURLErrorsAndOnlyHttpIsSpoken) {
     test::LocalHttpServer server;
+    server.server().set_keep_alive_timeout(1);
+    server.server().Get("/loop",
+                        [](const httplib::Request&, httplib::Response& res) { res.set_redirect("/loop"); });
     server.start();
-    const int port = server.port();
-    server.stop(); // nothing listens there now
+    const auto folder = Files::makeTemporaryDirectory("velmo-urlconnection");
+    const auto file = folder / "secret.txt";
+    ASSERT_TRUE(Files::writeAtomically(file, "local bytes"));
+    test::LocalHttpServer closed;
+    closed.start();
+    const int closedPort = closed.port();
+    closed.stop(); // nothing listens there now
 
-    URLRequest request;
-    request.url = "http://127.0.0.1:" + std::to_string(port) + "/";
-    VPErrorPtr error;
-    EXPECT_FALSE(URLConnection::sendSynchronousRequest(request, nullptr, &error));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->domain(), kNSURLErrorDomain);
-    EXPECT_EQ(error->code(), kNSURLErrorCannotConnectToHost);
-    EXPECT_EQ(error->userInfo().get(kNSURLErrorFailingURLStringErrorKey), Value(request.url));
-
-    request.url = "notascheme://x";
-    EXPECT_FALSE(URLConnection::sendSynchronousRequest(request, nullptr, &error));
-    EXPECT_EQ(error->code(), kNSURLErrorUnsupportedURL);
+    const struct {
+        std::string url;
+        std::int64_t code;
+    } cases[] = {
+        {"http://127.0.0.1:" + std::to_string(closedPort) + "/", kNSURLErrorCannotConnectToHost},
+        {"notascheme://x", kNSURLErrorUnsupportedURL},
+        // A local file is never read, though it is there.
+        {"file://" + file.string(), kNSURLErrorUnsupportedURL},
+        {server.baseURL() + "/loop", kNSURLErrorHTTPTooManyRedirects},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.url);
+        URLRequest request;
+        request.url = c.url;
+        HTTPURLResponse response;
+        response.statusCode = 7;
+        VPErrorPtr error;
+        EXPECT_FALSE(URLConnection::sendSynchronousRequest(request, &response, &error));
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->domain(), kNSURLErrorDomain);
+        EXPECT_EQ(error->code(), c.code);
+        EXPECT_EQ(error->userInfo().get(kNSURLErrorFailingURLStringErrorKey), Value(c.url));
+        EXPECT_EQ(response.statusCode, 7) << "the response is left alone on failure";
+    }
+    std::filesystem::remove_all(folder);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -47,6 +48,21 @@ namespace detail {
 
 [[noreturn]] void throwFieldMismatch(std::string_view expected, const Value& got);
 
+// Text given to a numeric field reads as the platform's strings read as numbers, so exporters that
+// write numbers as strings lose nothing: leading white space is skipped, the longest numeric prefix
+// is read and the rest ignored ("12abc" gives 12), and text without one reads as 0.
+
+/// The decimal prefix as a double (the platform's `doubleValue` of a string); overflow gives
+/// infinity, underflow 0.
+double doubleFromText(std::string_view text) noexcept;
+/// The integer prefix (`longLongValue`): a fraction or exponent ends it; out-of-range saturates.
+std::int64_t integerFromText(std::string_view text) noexcept;
+/// `boolValue` of a string: true on "Y", "y", "T", "t" or a digit 1-9 after blanks, an optional
+/// sign and zeros ("true", "yes", "12"); false otherwise ("0", "0.5", "no", "abc").
+bool flagFromText(std::string_view text) noexcept;
+/// A number object for the text: an integer when the prefix is one, otherwise a double.
+Value numberFromText(std::string_view text);
+
 template <class T> struct VDFieldTraits;
 
 template <> struct VDFieldTraits<std::optional<std::string>> {
@@ -59,12 +75,13 @@ template <> struct VDFieldTraits<std::optional<std::string>> {
     }
 };
 
-// Scalars take any number (booleans included) and convert it, as the platform's setters by name
-// do; nil can't be stored in a scalar.
+// Scalars take any number (booleans included) or text and convert it, as the platform's setters by
+// name do; nil can't be stored in a scalar.
 template <class T, VDFieldKind K> struct VDScalarTraits {
     static constexpr VDFieldKind kind = K;
     static Value toValue(T v) { return Value(v); }
     static T fromValue(const Value& v) {
+        if (v.isString()) return fromText(v.stringView());
         if (!v.isNumber()) throwFieldMismatch("number", v);
         if constexpr (std::is_same_v<T, bool>) {
             return v.boolValue();
@@ -74,6 +91,19 @@ template <class T, VDFieldKind K> struct VDScalarTraits {
             return v.doubleValue();
         } else {
             return static_cast<T>(v.int64Value());
+        }
+    }
+    static T fromText(std::string_view text) noexcept {
+        if constexpr (std::is_same_v<T, bool>) {
+            return flagFromText(text);
+        } else if constexpr (std::is_floating_point_v<T>) {
+            return static_cast<T>(doubleFromText(text));
+        } else {
+            // A string's `intValue` saturates where a number's conversion would wrap.
+            const std::int64_t n = integerFromText(text);
+            if (n < std::numeric_limits<T>::min()) return std::numeric_limits<T>::min();
+            if (n > std::numeric_limits<T>::max()) return std::numeric_limits<T>::max();
+            return static_cast<T>(n);
         }
     }
 };
@@ -87,10 +117,15 @@ template <> struct VDFieldTraits<bool> : VDScalarTraits<bool, VDFieldKind::Flag>
     static Value toValue(bool v) { return Value(v ? 1 : 0); }
 };
 
+// Text given to a number object becomes the number it reads as. The platform's setter would keep
+// the string itself, but every reader of these fields asks it for a number, and a number keeps the
+// field a number in the JSON it is written back to.
 template <> struct VDFieldTraits<VDNumber> {
     static constexpr VDFieldKind kind = VDFieldKind::Number;
     static Value toValue(const VDNumber& v) { return v.value(); }
-    static VDNumber fromValue(const Value& v) { return VDNumber::fromValue(v); }
+    static VDNumber fromValue(const Value& v) {
+        return VDNumber::fromValue(v.isString() ? numberFromText(v.stringView()) : v);
+    }
 };
 
 template <class M>

@@ -10,13 +10,6 @@
 
 namespace velmo {
 
-namespace detail {
-void throwFieldMismatch(std::string_view expected, const Value& got) {
-    throw std::invalid_argument(
-        fmt::format("a {} field can't take a value of kind {}", expected, Value::kindName(got.kind())));
-}
-} // namespace detail
-
 const VDModelClass& VDModel::classObject() {
     static const VDModelClass cls("VDModel", nullptr,
                                   [] { return std::static_pointer_cast<Object>(create()); },
