@@ -266,8 +266,23 @@ TEST_F(VelmoCommand, TreePrintsEachViewWithItsPath) {
     EXPECT_NE(run.output.find("    VDModelView submit \"Submit\" (16, 220, 343x48) path=\"form;submit\""),
               std::string::npos)
         << run.output;
+    for (const char* line : {
+             "  state \"compact\" (2 paths)",
+             "  action VDModelActionScriptAnimation \"Transition (Idle -> Compact)\" on click(this;header) "
+             "-> state "
+             "idle -> compact (2 timelines, 2 keyframes, duration 0.3)",
+             "  action VDModelActionPresentScreen \"help\" on trigger Tap -> screen help",
+             "      action VDModelSubmitAction \"send\" on click(this) -> submit -> screen thanks / -",
+         }) {
+        EXPECT_NE(run.output.find(line), std::string::npos) << line << "\n" << run.output;
+    }
     const CommandRun json = runVelmo("tree --json " + kExamples + "/view-tree.json");
     ASSERT_EQ(json.exitCode, 0);
-    EXPECT_EQ(Json::parse(json.output).array()[0].dictionary().get("subviews").array().size(), 2u);
+    const Dictionary root = Json::parse(json.output).array()[0].dictionary();
+    EXPECT_EQ(root.get("subviews").array().size(), 2u);
+    EXPECT_EQ(root.get("states").array()[1], Json::parse(R"({"name": "compact", "paths": 2})"));
+    const Dictionary transition = root.get("actions").array()[0].dictionary();
+    EXPECT_EQ(transition.get("events"), Json::parse(R"j(["click(this;header)"])j"));
+    EXPECT_EQ(transition.get("keyframes"), Value(2));
     EXPECT_EQ(runVelmo("tree " + kExamples + "/document.json").exitCode, 1) << "a document without views";
 }
