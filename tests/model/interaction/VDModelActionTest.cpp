@@ -3,6 +3,7 @@
 #include <functional>
 #include <vector>
 
+#include "TestViews.h"
 #include "ValuePrinting.h"
 #include "velmo/foundation/Json.h"
 #include "velmo/model/core/VDModelDecoder.h"
@@ -20,16 +21,6 @@
 using namespace velmo;
 
 namespace {
-
-std::shared_ptr<VDModelView> view(const char* name, std::vector<std::shared_ptr<VDModelView>> children = {}) {
-    auto v = VDModelView::create();
-    v->setVariableID(name);
-    Array subviews = Array::create();
-    for (auto& c : children)
-        subviews.push_back(Value(c));
-    v->setSubviews(subviews);
-    return v;
-}
 
 std::shared_ptr<VDModelActionScriptAnimation> transition(const char* from, const char* to) {
     auto t = VDModelActionScriptAnimation::create();

@@ -3,6 +3,7 @@
 #include <functional>
 #include <vector>
 
+#include "TestViews.h"
 #include "ValuePrinting.h"
 #include "velmo/foundation/Json.h"
 #include "velmo/foundation/NotificationCenter.h"
@@ -14,16 +15,6 @@
 using namespace velmo;
 
 namespace {
-
-std::shared_ptr<VDModelView> view(const char* name, std::vector<std::shared_ptr<VDModelView>> children = {}) {
-    auto v = VDModelView::create();
-    v->setVariableID(name);
-    Array subviews = Array::create();
-    for (auto& c : children)
-        subviews.push_back(Value(c));
-    v->setSubviews(subviews);
-    return v;
-}
 
 // The document's tree and the same tree as the designer shaped it in a state, both attached:
 // owner ─ card ─ title

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "TestViews.h"
 #include "ValuePrinting.h"
 #include "velmo/foundation/Json.h"
 #include "velmo/foundation/NotificationCenter.h"
@@ -28,16 +29,6 @@ const VDModelClass& VDModelTestCountingView::classObject() {
     static const VDModelClass cls("VDModelTestCountingView", &VDModelView::classObject(),
                                   [] { return std::static_pointer_cast<Object>(create()); }, {});
     return cls;
-}
-
-std::shared_ptr<VDModelView> view(const char* name, std::vector<std::shared_ptr<VDModelView>> children = {}) {
-    auto v = VDModelView::create();
-    v->setVariableID(name);
-    Array subviews = Array::create();
-    for (auto& c : children)
-        subviews.push_back(Value(c));
-    v->setSubviews(subviews);
-    return v;
 }
 
 // An action that keeps one relative path: a call of another view's action.
