@@ -1,12 +1,11 @@
 // velmo unzip ARCHIVE DEST: unpack an archive into a directory, within size limits.
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <limits>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <fcntl.h>
@@ -48,98 +47,77 @@ struct UnzipOptions {
     bool noLimits = false;
 };
 
-bool isZipName(const std::string& path) {
-    std::string extension = fs::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return extension == ".zip";
-}
-
-/// Counts what an unpacking run really wrote. The archive tells of each entry it finished, but
-/// an entry whose file could not be made (a folder without write permission, a file in the way)
-/// is logged and passed over as finished all the same: so each finished entry is looked for on
-/// disk, as the kind of thing it is.
+/// Counts what an unpacking run wrote, as the archive tells it: an entry failed when the archive
+/// says so, once for it, and was written when the archive finished it without that. An entry begun
+/// and neither finished nor failed was left alone on purpose: a file kept with --no-overwrite, or
+/// one of the archive's "__MACOSX/" shadows, which is no entry to a user and not counted.
 class UnzipTally : public VPZipArchiveDelegate {
 public:
-    UnzipTally(int nestedLevel, TerminalProgress& progress) : nested_(nestedLevel > 0), progress_(progress) {}
+    explicit UnzipTally(TerminalProgress& progress) : progress_(progress) {}
 
     struct Failure {
+        VPErrorPtr error;
+        /// Where the entry belonged; empty for the entry the run ended in, which it never got past.
         std::string path;
-        bool directory;
     };
 
     std::uint64_t written = 0;
-    /// Entries passed over: files kept with --no-overwrite.
+    /// Files kept as they were with --no-overwrite.
     std::uint64_t kept = 0;
     std::vector<Failure> failures;
-    /// An entry was begun and never finished: the run stopped in it.
-    bool stoppedInEntry = false;
 
-    void zipArchiveWillUnzipFileAtIndex(std::int64_t, std::int64_t, const std::string&,
+    void zipArchiveWillUnzipFileAtIndex(std::int64_t index, std::int64_t, const std::string&,
                                         const VPZipFileInfo& info) override {
-        settlePending();
+        settle(index);
         pending_ = true;
-        info_ = info;
+        pendingIndex_ = index;
+        pendingName_ = info.rawName;
+    }
+
+    void zipArchiveDidFailToUnzipFileAtIndex(std::int64_t index, std::int64_t, const std::string&,
+                                             const VPZipFileInfo&, const VPErrorPtr& error) override {
+        settle(index);
+        failedAt_[index] = failures.size();
+        failures.push_back({error, {}});
     }
 
     void zipArchiveDidUnzipFileAtIndex(std::int64_t index, std::int64_t total, const std::string&,
                                        const std::string& path) override {
-        pending_ = false;
-        const bool directory = isDirectory(info_);
-        if (landed(path, directory))
-            ++written;
+        settle(index);
+        if (const auto failed = failedAt_.find(index); failed != failedAt_.end())
+            failures[failed->second].path = path;
         else
-            failures.push_back({path, directory});
+            ++written;
         progress_.update("Unzipping", static_cast<std::uint64_t>(index + 1),
                          static_cast<std::uint64_t>(total));
     }
 
-    /// After the run: an entry begun and not finished was passed over, or, when the run failed,
-    /// is where it stopped.
-    void finish(bool succeeded) {
-        if (pending_ && !succeeded) {
-            stoppedInEntry = true;
-            pending_ = false;
-        }
-        settlePending();
+    /// After the run: an entry still begun was passed over.
+    void finish() { settle(-1); }
+
+    /// Why the run ended in an entry, naming it; nullptr when it didn't.
+    VPErrorPtr endingError() const {
+        return !failures.empty() && failures.back().path.empty() ? failures.back().error : nullptr;
     }
 
 private:
-    static bool isDirectory(const VPZipFileInfo& info) {
-        return !info.rawName.empty() && (info.rawName.back() == '/' || info.rawName.back() == '\\');
-    }
-
-    void settlePending() {
-        // The archive's own metadata folder is passed over by design, not kept.
-        if (pending_ && !info_.rawName.starts_with("__MACOSX/")) ++kept;
+    /// Counts the entry begun before, unless it is `index` itself, whose outcome is being told.
+    void settle(std::int64_t index) {
+        if (pending_ && pendingIndex_ != index && !pendingName_.starts_with("__MACOSX/")) ++kept;
         pending_ = false;
     }
 
-    bool landed(const std::string& path, bool directory) const {
-        struct stat st {};
-        if (::lstat(path.c_str(), &st) != 0) {
-            // An inner archive that was unpacked is removed: its content stands in its place.
-            return errno == ENOENT && nested_ && !directory && isZipName(path);
-        }
-        const bool link = info_.hostSystem == 3 && (info_.externalAttributes >> 28) == 0xA;
-        if (link) return S_ISLNK(st.st_mode);
-        if (directory) return S_ISDIR(st.st_mode);
-        return S_ISREG(st.st_mode) && static_cast<std::uint64_t>(st.st_size) == info_.uncompressedSize;
-    }
-
-    bool nested_;
     TerminalProgress& progress_;
     bool pending_ = false;
-    VPZipFileInfo info_;
+    std::int64_t pendingIndex_ = -1;
+    std::string pendingName_;
+    std::unordered_map<std::int64_t, std::size_t> failedAt_;
 };
 
-/// Why an entry's file or folder is not there, in the system's words where it has them.
-std::string whyNotWritten(const UnzipTally::Failure& failure) {
-    struct stat st {};
-    if (::lstat(failure.path.c_str(), &st) == 0)
-        return S_ISDIR(st.st_mode) ? "a directory is in the way" : "something else is in the way";
-    const std::string reason = unwritableReason(fs::path(failure.path).parent_path(), true);
-    return reason.empty() ? "not written (--verbose shows the library's log)" : reason;
+/// Why an entry was not written, in the system's words where the archive has them.
+std::string whyNotWritten(const VPErrorPtr& error) {
+    if (error->domain() == kNSPOSIXErrorDomain) return std::strerror(static_cast<int>(error->code()));
+    return errorText(error);
 }
 
 std::string entriesText(std::uint64_t count) {
@@ -147,13 +125,8 @@ std::string entriesText(std::uint64_t count) {
 }
 
 bool isLimitError(const VPErrorPtr& error) {
-    if (!error || error->domain() != kVPZipArchiveErrorDomain ||
-        error->code() != static_cast<std::int64_t>(VPZipArchiveErrorCode::InvalidArguments))
-        return false;
-    // The archive tells a passed limit from its other invalid arguments only in words.
-    const Value& reason = error->userInfo().get(kNSLocalizedFailureReasonErrorKey);
-    return reason.isString() && (reason.str().find("limit") != std::string::npos ||
-                                 reason.str().find("left to write") != std::string::npos);
+    return error && error->domain() == kVPZipArchiveErrorDomain &&
+           error->code() == static_cast<std::int64_t>(VPZipArchiveErrorCode::UnzipLimitPassed);
 }
 
 int runUnzip(const UnzipOptions& o) {
@@ -199,46 +172,52 @@ int runUnzip(const UnzipOptions& o) {
 
     VPErrorPtr error;
     TerminalProgress progress;
-    UnzipTally tally(o.nested, progress);
+    UnzipTally tally(progress);
     const bool ok = VPZipArchive::unzipFileAtPath(o.archive, o.destination, !o.noAttributes, !o.noOverwrite,
                                                   o.nested, *password, &error, &tally, {}, {}, limits);
-    tally.finish(ok);
+    tally.finish();
 
-    const auto code = error ? error->code() : 0;
     if (!ok && error && error->domain() == kVPZipArchiveErrorDomain &&
-        code == static_cast<std::int64_t>(VPZipArchiveErrorCode::FailedOpenZipFile)) {
+        error->code() == static_cast<std::int64_t>(VPZipArchiveErrorCode::FailedOpenZipFile)) {
         // The reason alone ("Not a zip archive"): "failed to open zip file" adds nothing to "cannot read".
         const Value& reason = error->userInfo().get(kNSLocalizedFailureReasonErrorKey);
         Console::error(fmt::format("cannot read {}: {}", o.archive,
                                    reason.isString() ? reason.str() : errorText(error)));
         return kExitUsage;
     }
-    for (std::size_t i = 0; i < tally.failures.size() && i < kFailuresNamed; ++i)
-        Console::error(
-            fmt::format("cannot write {}: {}", tally.failures[i].path, whyNotWritten(tally.failures[i])));
-    if (tally.failures.size() > kFailuresNamed)
-        Console::error(fmt::format("... and {} more", tally.failures.size() - kFailuresNamed));
-    if (error || !ok) {
-        // A read that fails midway stops the run without an error of its own.
+    // Entries the run went on after, by their paths; the one it ended in is told by the error line.
+    std::size_t named = 0;
+    std::uint64_t unnamed = 0;
+    for (const auto& failure : tally.failures) {
+        if (failure.path.empty()) continue;
+        if (named++ < kFailuresNamed)
+            Console::error(fmt::format("cannot write {}: {}", failure.path, whyNotWritten(failure.error)));
+        else
+            ++unnamed;
+    }
+    if (unnamed > 0) Console::error(fmt::format("... and {} more", unnamed));
+    // The entry the run ended in names itself; a read that fails midway is no error of the run's own.
+    // An error of an entry the run went on after (a link that could not be made) was told above.
+    VPErrorPtr ending = tally.endingError() ? tally.endingError() : error;
+    if (std::any_of(tally.failures.begin(), tally.failures.end(),
+                    [&](const UnzipTally::Failure& f) { return !f.path.empty() && f.error == ending; }))
+        ending = nullptr;
+    if (ending || !ok) {
         std::string message =
-            error ? errorText(error) : fmt::format("{} could not be read to the end", o.archive);
-        if (isLimitError(error))
+            ending ? errorText(ending) : fmt::format("{} could not be read to the end", o.archive);
+        if (isLimitError(ending))
             message =
                 fmt::format("{}: {}; the limits are {} in all, {} per entry: --max-size, --max-entry-size "
                             "and --no-limits change them",
-                            o.archive, error->userInfo().get(kNSLocalizedFailureReasonErrorKey).str(),
+                            o.archive, ending->userInfo().get(kNSLocalizedFailureReasonErrorKey).str(),
                             byteSizeText(limits.maxTotalSize), byteSizeText(limits.maxEntrySize));
         else if (!ok && password->empty() && VPZipArchive::isFilePasswordProtectedAtPath(o.archive))
             message +=
                 "; the archive is encrypted: give its password with --password - or VELMO_ZIP_PASSWORD";
-        // On success the error is of an entry alone (a link that could not be made): the rest is unpacked.
-        if (ok)
-            Console::warning(message);
-        else
-            Console::error(message);
+        Console::error(message);
     }
 
-    const std::uint64_t failed = tally.failures.size() + (tally.stoppedInEntry ? 1 : 0);
+    const std::uint64_t failed = tally.failures.size();
     std::string summary =
         fmt::format("{} -> {}: {} unzipped", o.archive, o.destination, entriesText(tally.written));
     if (failed > 0) summary += fmt::format(", {} failed", failed);
@@ -273,8 +252,9 @@ CommandRun addUnzipCommand(CLI::App& app) {
         unzip->add_option("--password", o->password, "Password of encrypted entries (see below)")
             ->type_name("TEXT|-");
     unzip->add_flag("--no-overwrite", o->noOverwrite, "Keep files that already exist");
-    unzip->add_option("--nested", o->nested, "Also unpack archives inside, this many levels deep")
-        ->check(CLI::Range(0, std::numeric_limits<int>::max()).description(""))
+    unzip
+        ->add_option("--nested", o->nested,
+                     "Also unpack archives inside, N levels deep (negative: any depth up to 32)")
         ->type_name("N");
     unzip
         ->add_option(

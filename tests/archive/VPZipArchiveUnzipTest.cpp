@@ -561,7 +561,7 @@ TEST(VPZipArchiveUnzip, SizeLimitsStopTheRunBeforeAnythingIsWritten) {
         const Outcome run = unzip(tmp / "big.zip", out, true, "", 0, nullptr, c.limits);
         EXPECT_EQ(run.ok, c.ok) << n;
         if (!c.ok) {
-            EXPECT_EQ(codeOf(run.error), -6);
+            EXPECT_EQ(codeOf(run.error), -7);
             EXPECT_FALSE(fs::exists(out));
         }
     }
@@ -591,7 +591,7 @@ TEST(VPZipArchiveUnzip, InnerArchivesShareTheRunsLimits) {
         const fs::path out = tmp / std::to_string(c.maxTotal);
         const Outcome run = unzip(tmp / "outer.zip", out, true, "", 1, nullptr, {.maxTotalSize = c.maxTotal});
         EXPECT_EQ(run.ok, c.ok) << c.maxTotal;
-        EXPECT_EQ(codeOf(run.error), c.ok ? 0 : -6) << c.maxTotal;
+        EXPECT_EQ(codeOf(run.error), c.ok ? 0 : -7) << c.maxTotal;
         EXPECT_EQ(treeOf(out), c.tree) << c.maxTotal;
     }
 }

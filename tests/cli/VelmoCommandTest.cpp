@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -230,6 +231,55 @@ TEST_F(VelmoCommand, UnzipCountsWhatLandsAndKeepsToItsLimits) {
         expectAll({{"unzip " + archive + " " + path("locked"), 1,
                     "cannot unzip into " + path("locked") + ": Permission denied"}});
     }
+}
+
+TEST_F(VelmoCommand, UnzipNamesEachFailedEntryAndUnpacksNestedArchivesAtAnyDepth) {
+    // Twelve entries whose folders are files already, then one that lands.
+    for (char folder = 'a'; folder < 'a' + 12; ++folder) {
+        file(std::string("many/") + folder + "/f.txt", "f");
+        file(std::string("blocked/") + folder, "in the way");
+    }
+    file("many/ok.txt", "ok");
+    const std::string many = path("many.zip");
+    ASSERT_EQ(runVelmo("zip " + many + " " + path("many")).exitCode, 0);
+    // Noise doesn't deflate: its bytes are stored as they are, where one can be changed.
+    std::string noise(100'000, '\0');
+    std::mt19937 random(11);
+    for (auto& c : noise)
+        c = static_cast<char>(random());
+    const std::string damaged = path("damaged.zip");
+    ASSERT_EQ(runVelmo("zip " + damaged + " " + file("bad.bin", noise)).exitCode, 0);
+    std::string bytes = *Files::read(damaged);
+    const auto at = bytes.find(noise.substr(50'000, 64));
+    ASSERT_NE(at, std::string::npos);
+    bytes[at] = static_cast<char>(bytes[at] ^ 1);
+    Files::writeAtomically(damaged, bytes);
+    // An archive in an archive in an archive.
+    file("in/x.txt", "x");
+    fs::create_directories(dir_ / "mid");
+    fs::create_directories(dir_ / "top");
+    ASSERT_EQ(runVelmo("zip " + path("mid/in.zip") + " " + path("in")).exitCode, 0);
+    ASSERT_EQ(runVelmo("zip " + path("top/mid.zip") + " " + path("mid")).exitCode, 0);
+    ASSERT_EQ(runVelmo("zip " + path("outer.zip") + " " + path("top")).exitCode, 0);
+
+    const CommandRun blocked = runVelmo("unzip " + many + " " + path("blocked"));
+    EXPECT_EQ(blocked.exitCode, 1);
+    EXPECT_NE(blocked.output.find("cannot write " + path("blocked") + "/j/f.txt: Not a directory"),
+              std::string::npos)
+        << blocked.output;
+    EXPECT_EQ(blocked.output.find("/k/f.txt"), std::string::npos) << "ten are named";
+    EXPECT_NE(blocked.output.find("... and 2 more\n"), std::string::npos) << blocked.output;
+    EXPECT_NE(blocked.output.find(": 1 entry unzipped, 12 failed\n"), std::string::npos) << blocked.output;
+    expectAll({
+        {"unzip " + damaged + " " + path("damaged"), 1, "entry \"bad.bin\""},
+        {"unzip -q " + damaged + " " + path("damaged"), 1, ": 0 entries unzipped, 1 failed"},
+        {"unzip " + path("outer.zip") + " " + path("deep") + " --nested -1", 0, "1 entry unzipped"},
+        {"unzip " + path("outer.zip") + " " + path("one") + " --nested 1", 0, "1 entry unzipped"},
+        {"unzip --help", 0, "(negative: any depth"},
+    });
+    EXPECT_EQ(names("damaged"), std::vector<std::string>{}) << "nothing half-written";
+    EXPECT_EQ(names("deep"), std::vector<std::string>{"x.txt"});
+    EXPECT_EQ(names("one"), std::vector<std::string>{"in.zip"});
 }
 
 TEST_F(VelmoCommand, PasswordsComeFromStandardInputOrTheEnvironment) {

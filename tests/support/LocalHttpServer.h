@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <thread>
@@ -30,6 +31,8 @@ private:
     httplib::Server server_;
     std::thread thread_;
     int port_ = 0;
+    /// The socket the server listens on, once made.
+    std::atomic<int> listeningSocket_{-1};
 };
 
 } // namespace velmo::test

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
+#include <type_traits>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -16,6 +17,7 @@
 #include "velmo/archive/DosDate.h"
 #include "velmo/archive/ZipInput.h"
 #include "velmo/archive/ZipOutput.h"
+#include "velmo/archive/ZipResult.h"
 #include "velmo/archive/ZipUnpacker.h"
 #include "velmo/foundation/SystemLog.h"
 
@@ -23,14 +25,12 @@ namespace velmo {
 
 namespace fs = std::filesystem;
 
+static_assert(std::is_same_v<VPZipArchive::ProgressHandler, ZipUnpacker::ProgressHandler>,
+              "the unpacker calls the caller's progress handler as it is");
+
 namespace {
 
-constexpr const char* kFailedOpenZipFile = "failed to open zip file";
 constexpr const char* kFailedOpenFileInArchive = "failed to open file in zip archive";
-constexpr const char* kFailedRetrieveInfo = "failed to retrieve info for file";
-constexpr const char* kFailedReadContents = "failed to read contents of file entry";
-constexpr const char* kFailedToWrite = "Failed to write file (check your free space)";
-constexpr const char* kInvalidArguments = "received invalid argument(s)";
 
 // What `isPasswordValidForArchiveAtPath` reads of the first encrypted entry.
 constexpr std::size_t kPasswordProbeSize = 10;
@@ -114,36 +114,7 @@ bool writeWholeArchive(const std::string& path, VPErrorPtr* error,
 
 VPErrorPtr VPZipArchive::errorWithCode(VPZipArchiveErrorCode code, std::string_view description,
                                        std::string_view reason) {
-    std::string text(description);
-    if (text.empty()) {
-        switch (code) {
-        case VPZipArchiveErrorCode::FailedOpenZipFile:
-            text = kFailedOpenZipFile;
-            break;
-        case VPZipArchiveErrorCode::FailedOpenFileInZip:
-            text = "failed to open file in zip file";
-            break;
-        case VPZipArchiveErrorCode::FileInfoNotLoadable:
-            text = kFailedRetrieveInfo;
-            break;
-        case VPZipArchiveErrorCode::FileContentNotReadable:
-            text = kFailedReadContents;
-            break;
-        case VPZipArchiveErrorCode::FailedToWriteFile:
-            text = kFailedToWrite;
-            break;
-        case VPZipArchiveErrorCode::InvalidArguments:
-            text = kInvalidArguments;
-            break;
-        }
-    }
-    Dictionary info{{kNSLocalizedDescriptionKey, Value(text)}};
-    if (!reason.empty()) info.set(kNSLocalizedFailureReasonErrorKey, Value(reason));
-    return VPError::make(kVPZipArchiveErrorDomain, static_cast<std::int64_t>(code), info);
-}
-
-VPErrorPtr VPZipArchive::posixError(int code, std::string_view description) {
-    return VPError::withDescription(kNSPOSIXErrorDomain, code, std::string(description));
+    return zipArchiveError(code, description, reason);
 }
 
 // ---- reading
@@ -456,7 +427,8 @@ bool VPZipArchive::writeFileAtPath(const std::string& path, const std::string& f
     ::close(fd);
     if (statError != 0) return fail(fileError(statError, path));
     if (!S_ISREG(st.st_mode)) {
-        return fail(posixError(EINVAL, fmt::format("\"{}\" is not a regular file", path)));
+        return fail(VPError::withDescription(kNSPOSIXErrorDomain, EINVAL,
+                                             fmt::format("\"{}\" is not a regular file", path)));
     }
     ZipOutput::EntryOptions options{compressionLevel, password, aes, 0,
                                     static_cast<std::uint32_t>((st.st_mode & 07777) | S_IFREG)};

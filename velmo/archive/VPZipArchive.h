@@ -2,48 +2,21 @@
 
 #include <cstdint>
 #include <functional>
-#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "velmo/archive/VPZipArchiveDelegate.h"
-#include "velmo/archive/ZipResult.h"
+#include "velmo/archive/VPZipArchiveError.h"
+#include "velmo/archive/VPZipUnzipLimits.h"
 #include "velmo/foundation/VPError.h"
 
 namespace velmo {
 
 class ZipOutput;
-
-inline constexpr const char* kVPZipArchiveErrorDomain = "VPZipArchiveErrorDomain";
-
-/// Codes of errors in "VPZipArchiveErrorDomain".
-enum class VPZipArchiveErrorCode : std::int64_t {
-    /// "failed to open zip file"
-    FailedOpenZipFile = -1,
-    /// "failed to open file in zip file" and its variants
-    FailedOpenFileInZip = -2,
-    /// "failed to retrieve info for file", "crc check failed for file"
-    FileInfoNotLoadable = -3,
-    /// "failed to read contents of file entry"
-    FileContentNotReadable = -4,
-    /// "Failed to write file (check your free space)"
-    FailedToWriteFile = -5,
-    /// "received invalid argument(s)"
-    InvalidArguments = -6,
-};
-
-/// Bounds on what one unpacking run writes, against archives that expand beyond reason. A run
-/// that would pass one stops with the invalid-argument error (-6): before it writes anything when
-/// the archive declares the sizes, as soon as it happens when the data exceeds what the archive
-/// declares. Inner archives share the run's bounds: each gets what is left of the total, what it
-/// writes counts toward it (as does the inner archive itself), and an inner archive that passes
-/// a bound ends the whole run. No limits by default.
-struct VPZipUnzipLimits {
-    std::uint64_t maxEntrySize = std::numeric_limits<std::uint64_t>::max();
-    std::uint64_t maxTotalSize = std::numeric_limits<std::uint64_t>::max();
-};
+// The ZIP library's results, as the writing instance acts on them; internal to the archive.
+enum class ZipResult;
 
 /// Reads ZIP archives into files, directories and symbolic links with their dates and
 /// permissions, and writes archives from files, directories and data.
@@ -122,7 +95,7 @@ public:
     /// under `destination`, never outside it: names are sanitized, and an entry that would be written through
     /// a symbolic link leading elsewhere stops the run with the invalid-argument error. Inner archives
     /// ("*.zip" in any case) are unpacked beside themselves and removed while `nestedZipLevel` is not 0;
-    /// below 0 at every depth, up to 32 archives deep.
+    /// below 0 at every depth, up to 32 archives deep. A run that would pass `limits` stops with -7.
     /// An entry that can't be written where it belongs (a path too long for the system, a folder that
     /// can't be written, a link target over 4096 bytes) fails alone: it is logged, the delegate hears
     /// of it (`zipArchiveDidFailToUnzipFileAtIndex`) and the run goes on, still a success. Files are
@@ -232,16 +205,12 @@ public:
     /// Why the last operation failed; nullptr after a success.
     const VPErrorPtr& lastError() const { return lastError_; }
 
-    /// An error of "VPZipArchiveErrorDomain"; the table's text when `description` is empty, and
-    /// `reason` as the failure reason when given.
+    /// An error of "VPZipArchiveErrorDomain"; the code's own text when `description` is empty, and
+    /// `reason` as the failure reason when given (as `zipArchiveError`).
     static VPErrorPtr errorWithCode(VPZipArchiveErrorCode code, std::string_view description = {},
                                     std::string_view reason = {});
 
 private:
-    friend class ZipUnpacker;
-
-    /// An error of the platform's errno domain.
-    static VPErrorPtr posixError(int code, std::string_view description);
     bool fail(VPErrorPtr error);
     bool checkWritable(int compressionLevel);
     bool added(ZipResult result, const std::string& name);

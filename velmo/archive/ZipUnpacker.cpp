@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "velmo/archive/DosDate.h"
+#include "velmo/archive/VPZipArchiveError.h"
 #include "velmo/archive/ZipEntryName.h"
 #include "velmo/foundation/SystemLog.h"
 #include "velmo/foundation/Uuid.h"
@@ -83,6 +84,11 @@ std::string entryReason(std::string_view name, std::string_view why = {}) {
                        : fmt::format("entry \"{}\": {}", shown(name), why);
 }
 
+/// An error of the platform's errno domain.
+VPErrorPtr posixError(int code, std::string_view description) {
+    return VPError::withDescription(kNSPOSIXErrorDomain, code, std::string(description));
+}
+
 /// An error of the platform's errno domain about a path being written.
 VPErrorPtr pathError(int code, const fs::path& path) {
     return VPError::withDescription(kNSPOSIXErrorDomain, code,
@@ -99,14 +105,13 @@ bool isZipFile(const fs::path& path) {
 } // namespace
 
 ZipUnpacker::ZipUnpacker(std::string path, std::string destination, Options options,
-                         VPZipArchiveDelegate* delegate, VPZipArchive::ProgressHandler progressHandler)
+                         VPZipArchiveDelegate* delegate, ProgressHandler progressHandler)
     : path_(std::move(path)), destination_(std::move(destination)), options_(std::move(options)),
       delegate_(delegate), progressHandler_(std::move(progressHandler)) {}
 
 bool ZipUnpacker::run(VPErrorPtr& error) {
     if (input_.open(path_) != ZipResult::Ok) {
-        error =
-            VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedOpenZipFile, {}, input_.lastMessage());
+        error = zipArchiveError(VPZipArchiveErrorCode::FailedOpenZipFile, {}, input_.lastMessage());
         return false;
     }
     opened_ = true;
@@ -114,8 +119,8 @@ bool ZipUnpacker::run(VPErrorPtr& error) {
     // Checked once the archive has opened, so its failure comes first. Every entry would fail on
     // its own, quietly, in a destination that is a file; one clear error instead.
     if (fs::exists(destination_, ec) && !fs::is_directory(destination_, ec)) {
-        error = VPZipArchive::errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {},
-                                            fmt::format("\"{}\" is not a directory", destination_));
+        error = zipArchiveError(VPZipArchiveErrorCode::InvalidArguments, {},
+                                fmt::format("\"{}\" is not a directory", destination_));
         return false;
     }
     fileSize_ = fs::file_size(path_, ec);
@@ -152,7 +157,7 @@ bool ZipUnpacker::run(VPErrorPtr& error) {
 
 VPErrorPtr ZipUnpacker::checkDeclaredSizes() {
     const auto& limits = options_.limits;
-    const VPZipArchive::UnzipLimits none;
+    const VPZipUnzipLimits none;
     if (limits.maxEntrySize == none.maxEntrySize && limits.maxTotalSize == none.maxTotalSize) return nullptr;
     std::uint64_t total = 0;
     VPZipFileInfo info;
@@ -177,7 +182,7 @@ VPErrorPtr ZipUnpacker::checkDeclaredSizes() {
 
 VPErrorPtr ZipUnpacker::limitPassed(std::string reason) {
     limitPassed_ = true;
-    return VPZipArchive::errorWithCode(VPZipArchiveErrorCode::InvalidArguments, {}, reason);
+    return zipArchiveError(VPZipArchiveErrorCode::UnzipLimitPassed, {}, reason);
 }
 
 void ZipUnpacker::unpackEntry(std::uint64_t index) {
@@ -192,14 +197,14 @@ void ZipUnpacker::unpackEntry(std::uint64_t index) {
         entryName_ = input_.entryInfo(index, info) == ZipResult::Ok
                          ? ZipEntryName::decode(info.rawName, info.hostSystem, info.utf8Name)
                          : fmt::format("#{}", index);
-        fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FailedOpenFileInZip, kFailedOpenFileInZip,
-                                         entryReason(entryName_, why)));
+        fail(zipArchiveError(VPZipArchiveErrorCode::FailedOpenFileInZip, kFailedOpenFileInZip,
+                             entryReason(entryName_, why)));
         tellFailure(fileIndex, info, runEnding_);
         return;
     }
     if (input_.entryInfo(index, info) != ZipResult::Ok) {
-        fail(VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileInfoNotLoadable, kFailedRetrieveInfo,
-                                         entryReason(fmt::format("#{}", index), input_.lastMessage())));
+        fail(zipArchiveError(VPZipArchiveErrorCode::FileInfoNotLoadable, kFailedRetrieveInfo,
+                             entryReason(fmt::format("#{}", index), input_.lastMessage())));
         tellFailure(fileIndex, info, runEnding_);
         return;
     }
@@ -271,7 +276,7 @@ VPErrorPtr ZipUnpacker::checkPlace(const fs::path& fullPath, bool isDirectory, c
     std::error_code ec;
     if (code == 0 && !staysInside(isDirectory ? fullPath : fullPath.parent_path(), ec)) {
         if (!ec) {
-            fail(VPZipArchive::errorWithCode(
+            fail(zipArchiveError(
                 VPZipArchiveErrorCode::InvalidArguments, {},
                 fmt::format("entry \"{}\" would be written outside the destination through a symbolic link",
                             shown(name))));
@@ -326,9 +331,8 @@ bool ZipUnpacker::writeRegularFile(const fs::path& target, VPErrorPtr& entryErro
     if (fd < 0) return notOpened(errno);
     const auto writeFailed = [&](int code) {
         SystemLog::log(fmt::format("[VPZipArchive] {}", kFailedToWrite));
-        fail(VPZipArchive::errorWithCode(
-            VPZipArchiveErrorCode::FailedToWriteFile, {},
-            fmt::format("\"{}\": {}", shown(target.string()), std::strerror(code))));
+        fail(zipArchiveError(VPZipArchiveErrorCode::FailedToWriteFile, {},
+                             fmt::format("\"{}\": {}", shown(target.string()), std::strerror(code))));
     };
     const auto& limits = options_.limits;
     std::uint64_t entryBytes = 0;
@@ -395,7 +399,7 @@ bool ZipUnpacker::unpackNested(const fs::path& archive) {
     if (inner.nestedZipLevel > 0) --inner.nestedZipLevel;
     // The inner run gets what is left of the total, and what it writes counts here: nesting
     // must not multiply the caller's bound.
-    const VPZipArchive::UnzipLimits none;
+    const VPZipUnzipLimits none;
     if (inner.limits.maxTotalSize != none.maxTotalSize)
         inner.limits.maxTotalSize -= std::min(written_, inner.limits.maxTotalSize);
     ZipUnpacker unpacker(archive.string(), archive.parent_path().string(), std::move(inner), nullptr, {});
@@ -423,7 +427,7 @@ VPErrorPtr ZipUnpacker::writeSymbolicLink(const fs::path& target, const std::str
         const std::string message = fmt::format(
             "The target of the symbolic link \"{}\" is longer than {} bytes", shown(name), kMaxLinkTarget);
         SystemLog::log(fmt::format("[VPZipArchive] {}", message));
-        error_ = VPZipArchive::posixError(ENAMETOOLONG, message);
+        error_ = posixError(ENAMETOOLONG, message);
         return error_;
     }
     struct stat existing;
@@ -434,7 +438,7 @@ VPErrorPtr ZipUnpacker::writeSymbolicLink(const fs::path& target, const std::str
             const std::string message =
                 fmt::format("Failed to delete existing symbolic link at \"{}\"", shown(target.string()));
             SystemLog::log(fmt::format("[VPZipArchive] {}", message));
-            error_ = VPZipArchive::posixError(ec.value(), message);
+            error_ = posixError(ec.value(), message);
         }
     }
     if (::symlink(destination.c_str(), target.c_str()) != 0) {
@@ -443,7 +447,7 @@ VPErrorPtr ZipUnpacker::writeSymbolicLink(const fs::path& target, const std::str
             fmt::format("Failed to create symbolic link at \"{}\" to \"{}\" - symlink() error code: {}",
                         shown(target.string()), shown(destination), code);
         SystemLog::log(fmt::format("[VPZipArchive] {}", message));
-        error_ = VPZipArchive::posixError(code, message);
+        error_ = posixError(code, message);
         return error_;
     }
     return nullptr;
@@ -466,8 +470,8 @@ bool ZipUnpacker::readEntry(std::string& content, std::size_t limit, bool& tooLo
 bool ZipUnpacker::readChunk(char* buffer, std::size_t size, std::size_t& count) {
     const ZipResult result = input_.read(buffer, size, count);
     if (result == ZipResult::CrcError) {
-        crcError_ = VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileInfoNotLoadable, kCrcCheckFailed,
-                                                entryReason(entryName_));
+        crcError_ = zipArchiveError(VPZipArchiveErrorCode::FileInfoNotLoadable, kCrcCheckFailed,
+                                    entryReason(entryName_));
         runEnding_ = crcError_;
         failed_ = true;
         return false;
@@ -477,7 +481,7 @@ bool ZipUnpacker::readChunk(char* buffer, std::size_t size, std::size_t& count) 
         // and the delegate hears which entry it was.
         const std::string reason = entryReason(entryName_, input_.lastMessage());
         SystemLog::log(fmt::format("[VPZipArchive] {}", reason));
-        runEnding_ = VPZipArchive::errorWithCode(VPZipArchiveErrorCode::FileContentNotReadable, {}, reason);
+        runEnding_ = zipArchiveError(VPZipArchiveErrorCode::FileContentNotReadable, {}, reason);
         failed_ = true;
         return false;
     }
@@ -493,7 +497,7 @@ void ZipUnpacker::applyDirectoryDates() {
             continue;
         if (!setModificationDate(path, DosDate::dateFromDosDate(dosDate))) {
             const int code = errno;
-            const VPErrorPtr error = VPZipArchive::posixError(code, std::strerror(code));
+            const VPErrorPtr error = posixError(code, std::strerror(code));
             SystemLog::log(
                 fmt::format("[VPZipArchive] Set attributes failed for directory: {}.", path.string()));
             SystemLog::log(

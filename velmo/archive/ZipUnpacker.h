@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "velmo/archive/VPZipArchive.h"
+#include "velmo/archive/VPZipArchiveDelegate.h"
+#include "velmo/archive/VPZipUnzipLimits.h"
 #include "velmo/archive/ZipInput.h"
 
 namespace velmo {
@@ -14,17 +16,21 @@ namespace velmo {
 /// One run of unpacking an archive into a destination: the work behind the main unpacking form.
 class ZipUnpacker {
 public:
+    /// `VPZipArchive::ProgressHandler`, spelled out: the unpacker sits below the archive class.
+    using ProgressHandler = std::function<void(const std::string& entry, const VPZipFileInfo& info,
+                                               std::int64_t entryNumber, std::int64_t total)>;
+
     struct Options {
         bool preserveAttributes = true;
         bool overwrite = true;
         /// Inner archives are unpacked while this is not 0; below 0, at every depth (up to a bound).
         int nestedZipLevel = 0;
         std::string password;
-        VPZipArchive::UnzipLimits limits;
+        VPZipUnzipLimits limits;
     };
 
     ZipUnpacker(std::string path, std::string destination, Options options, VPZipArchiveDelegate* delegate,
-                VPZipArchive::ProgressHandler progressHandler);
+                ProgressHandler progressHandler);
 
     /// Unpacks every entry. `error` is the error to report, which a successful run can have too
     /// (a symbolic link that could not be made).
@@ -40,7 +46,7 @@ private:
     }
 
     VPErrorPtr checkDeclaredSizes();
-    /// The error of a run that passes a limit, which is marked as such.
+    /// The error of a run that passes a limit.
     VPErrorPtr limitPassed(std::string reason);
     /// Unpacks an inner archive beside itself with what is left of the limits; true on success.
     bool unpackNested(const std::filesystem::path& archive);
@@ -72,7 +78,7 @@ private:
     std::string destination_;
     Options options_;
     VPZipArchiveDelegate* delegate_;
-    VPZipArchive::ProgressHandler progressHandler_;
+    ProgressHandler progressHandler_;
 
     ZipInput input_;
     bool opened_ = false;

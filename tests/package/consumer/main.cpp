@@ -1,7 +1,10 @@
-// A user's program: a document's JSON in, its model decoded, its JSON out.
+// A user's program: a document's JSON in, its model decoded, its JSON out; and an archive's
+// error, through the archive's public header alone.
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 
+#include "velmo/archive/VPZipArchive.h"
 #include "velmo/foundation/Json.h"
 #include "velmo/model/core/VDModelDecoder.h"
 #include "velmo/model/view/VDModelView.h"
@@ -14,6 +17,13 @@ int main() {
     const auto view = std::dynamic_pointer_cast<velmo::VDModelView>(model);
     if (!view || view->subviews().size() != 1) {
         std::fputs("the document did not decode\n", stderr);
+        return 1;
+    }
+    velmo::VPErrorPtr error;
+    velmo::VPZipArchive::payloadSizeForArchiveAtPath("", &error);
+    if (!error ||
+        error->code() != static_cast<std::int64_t>(velmo::VPZipArchiveErrorCode::FailedOpenZipFile)) {
+        std::fputs("a missing archive was not told as one\n", stderr);
         return 1;
     }
     const velmo::Dictionary encoded = view->toDictionary();
