@@ -10,7 +10,7 @@
 #include "Console.h"
 #include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
-#include "velmo/model/core/VDModelDecoder.h"
+#include "velmo/model/document/VDModelApp.h"
 
 namespace velmo::cli {
 
@@ -54,8 +54,7 @@ std::shared_ptr<VDModel> readDocument(const std::string& file, int& exitCode) {
         exitCode = kExitUsage;
         return nullptr;
     }
-    auto model =
-        value.isDictionary() ? VDModelDecoder::modelObjectFromDictionary(value.dictionary()) : nullptr;
+    auto model = value.isDictionary() ? VDModelApp::appWithDictionary(value.dictionary()) : nullptr;
     if (!model) {
         Console::error(fmt::format("{}: the top level is not a known model class ({})", documentName(file),
                                    whyNotAModel(value)));

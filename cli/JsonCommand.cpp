@@ -27,7 +27,9 @@ int runJson(const JsonOptions& o) {
     if (!model) return exitCode;
     std::string json;
     try {
-        json = o.compact ? Json::write(Value(model->toDictionary())) : model->toJson();
+        // The same encoding for a whole document and for any other model: a document's own
+        // `toJson` is always compact, and the command is pretty unless asked otherwise.
+        json = Json::write(Value(model->toDictionary()), !o.compact);
     } catch (const JsonWriteError&) {
     }
     if (json.empty()) {

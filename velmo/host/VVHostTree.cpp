@@ -5,6 +5,7 @@
 #include <boost/unordered/unordered_flat_map.hpp>
 
 #include "velmo/foundation/VDClass.h"
+#include "velmo/model/document/VDModelApp.h"
 
 namespace velmo {
 
@@ -101,10 +102,12 @@ std::shared_ptr<VVHostTree> VVHostTree::attachDocument(const std::shared_ptr<VDM
         tree->addRoot(view);
         return tree;
     }
-    // A document's screens are its roots; read by name, as any model's fields can be.
-    if (document->modelClass().fieldNamed("screens")) {
-        for (const Value& screen : document->valueForKey("screens").array()) {
-            if (auto view = screen.objectAs<VDModelView>()) tree->addRoot(view);
+    // A document's roots: its screens, its free views and its components' masters.
+    if (const auto app = std::dynamic_pointer_cast<VDModelApp>(document)) {
+        for (const Array& roots : {app->screens(), app->views(), app->components()}) {
+            for (const Value& root : roots) {
+                if (auto view = root.objectAs<VDModelView>()) tree->addRoot(view);
+            }
         }
     }
     return tree;

@@ -28,7 +28,8 @@ public:
     /// A free tree: the view is the root.
     static std::shared_ptr<VVHostTree> attach(const std::shared_ptr<VDModelView>& root,
                                               const std::shared_ptr<VDModel>& owner = nullptr);
-    /// A document: every view of its "screens" is a root, and the document owns them.
+    /// A document (`VDModelApp`): its screens, free views and components are the roots, and the
+    /// document owns them; a view given as a document is a free tree of its own.
     static std::shared_ptr<VVHostTree> attachDocument(const std::shared_ptr<VDModel>& document);
 
     ~VVHostTree() override;

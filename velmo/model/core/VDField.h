@@ -42,6 +42,12 @@ struct VDField {
     Value (*get)(const VDModel&);
     /// Throws `std::invalid_argument` for a value the field can't take.
     void (*set)(VDModel&, const Value&);
+
+    /// Whether a value of the field can hold models: walks over the document skip the others.
+    constexpr bool mayHoldModels() const {
+        return kind == VDFieldKind::Model || kind == VDFieldKind::Array || kind == VDFieldKind::Dictionary ||
+               kind == VDFieldKind::Any;
+    }
 };
 
 namespace detail {

@@ -321,8 +321,9 @@ void VDModel::enumerateModelsForItem(const Value& item, const ModelBlock& block)
     case Value::Kind::Model: {
         const auto model = item.objectAs<VDModel>();
         block(model);
-        for (const VDField* f : model->fields())
-            enumerateModelsForItem(f->get(*model), block);
+        for (const VDField* f : model->fields()) {
+            if (f->mayHoldModels()) enumerateModelsForItem(f->get(*model), block);
+        }
         break;
     }
     case Value::Kind::Dictionary:

@@ -132,7 +132,7 @@ class VDModel : public Object {
     // ---- encoding
 
     /// The light fields of the permanent state, with "model_class" and "model_version".
-    Dictionary toDictionary();
+    virtual Dictionary toDictionary();
     /// The same with every field of `fieldNames`.
     Dictionary toDictionaryWithAllFields();
     /// The given fields as they stand now, overrides included; an unknown name throws.

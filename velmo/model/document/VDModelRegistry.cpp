@@ -1,5 +1,8 @@
 #include "velmo/model/core/VDModelRegistry.h"
 
+#include "velmo/model/document/VDModelApp.h"
+#include "velmo/model/document/VDModelAppLinks.h"
+#include "velmo/model/document/VDModelScreen.h"
 #include "velmo/model/interaction/VDModelAction.h"
 #include "velmo/model/interaction/VDModelActionCallAction.h"
 #include "velmo/model/interaction/VDModelActionDismissScreen.h"
@@ -42,7 +45,10 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelViewConstraints::classObject(),
         &VDModelConstraint::classObject(),
         &VDModelHover::classObject(),
+        &VDModelApp::classObject(),
+        &VDModelScreen::classObject(),
         &VDModelView::classObject(),
+        &VDModelSubmitAction::classObject(),
         &VDModelViewPadding::classObject(),
         &VDModelFrame::classObject(),
         &VDModelBorder::classObject(),
@@ -65,6 +71,7 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelTheme::classObject(),
         &VPAnimationExportSettings::classObject(),
         &VDModelViewState::classObject(),
+        &VDModelAppLinks::classObject(),
         &VDModelAction::classObject(),
         &VDModelActionPresentScreen::classObject(),
         &VDModelActionDismissScreen::classObject(),
@@ -72,7 +79,6 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelActionCallAction::classObject(),
         &VDModelActionReference::classObject(),
         &VDModelActionScriptAnimation::classObject(),
-        &VDModelSubmitAction::classObject(),
         &VDModelEventListener::classObject(),
     };
 }

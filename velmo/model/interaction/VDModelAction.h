@@ -24,6 +24,8 @@ class VDModelAction : public VDModel {
 
     /// +prettyName
     static std::string_view prettyName() { return "Action"; }
+    /// `+prettyName` of the object's own class.
+    virtual std::string_view prettyNameOfClass() const { return prettyName(); }
 
     /// The gesture: 0 never, 1 appears, 2 appeared, 3 disappear, 4 tap, 5 double tap, 6 long tap,
     /// 7 pinch, 8 rotate, 9-12 swipes left, right, up and down.

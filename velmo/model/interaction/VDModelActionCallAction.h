@@ -10,6 +10,7 @@ class VDModelActionCallAction : public VDModelAction {
 
     void fillDefaultValues() override;
     static std::string_view prettyName() { return "Play Animation"; }
+    std::string_view prettyNameOfClass() const override { return prettyName(); }
 
     /// `VDModelActionReference` values; an empty list at first.
     const Array& actionRefs() const { return actionRefs_; }

@@ -9,6 +9,7 @@ class VDModelActionDismissScreen : public VDModelAction {
     VD_MODEL_CLASS(VDModelActionDismissScreen)
 
     static std::string_view prettyName() { return "Close"; }
+    std::string_view prettyNameOfClass() const override { return prettyName(); }
 
     /// The kind of closing.
     std::int32_t type() const { return type_; }

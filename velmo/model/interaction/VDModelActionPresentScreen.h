@@ -12,6 +12,7 @@ class VDModelActionPresentScreen : public VDModelAction {
 
     void fillDefaultValues() override;
     static std::string_view prettyName() { return "Open"; }
+    std::string_view prettyNameOfClass() const override { return prettyName(); }
 
     const std::optional<std::string>& customURL() const { return customURL_; }
     void setCustomURL(std::optional<std::string> v) { customURL_ = std::move(v); }

@@ -15,6 +15,7 @@ class VDModelActionScriptAnimation : public VDModelAction {
 
     void fillDefaultValues() override;
     static std::string_view prettyName() { return "Transition"; }
+    std::string_view prettyNameOfClass() const override { return prettyName(); }
 
     /// `VDModelAnimationTimeline` values, one per target path.
     const Array& timelines() const { return timelines_; }

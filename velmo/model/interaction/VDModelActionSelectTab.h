@@ -9,6 +9,7 @@ class VDModelActionSelectTab : public VDModelAction {
     VD_MODEL_CLASS(VDModelActionSelectTab)
 
     static std::string_view prettyName() { return "Select Tab"; }
+    std::string_view prettyNameOfClass() const override { return prettyName(); }
 
     std::int32_t tabIndex() const { return tabIndex_; }
     void setTabIndex(std::int32_t v) { tabIndex_ = v; }

@@ -92,7 +92,8 @@ std::optional<std::string> nameOf(const VDModelViewState* state) {
 } // namespace
 
 Array VDModelView::animations() const {
-    return transitionsWhere(actions_, [](const VDModelActionScriptAnimation& t) { return t.originStateName().has_value(); });
+    return transitionsWhere(
+        actions_, [](const VDModelActionScriptAnimation& t) { return t.originStateName().has_value(); });
 }
 
 Array VDModelView::animationsFromState(const VDModelViewState* from, const VDModelViewState* to) const {

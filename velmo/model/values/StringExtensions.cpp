@@ -272,6 +272,23 @@ std::string stringWithFirstCharCapitalized(std::string_view receiver) {
     return out;
 }
 
+std::string lowercaseString(std::string_view receiver) {
+    std::string out;
+    out.reserve(receiver.size());
+    for (std::size_t at = 0; at < receiver.size();) {
+        const std::size_t start = at;
+        const char32_t c = Utf8::next(receiver, at);
+        if (c < 0x80) {
+            out += lowerAscii(static_cast<char>(c));
+        } else if (const char32_t lower = changeCase(c, false); lower != c) {
+            Utf8::append(out, lower);
+        } else {
+            out.append(receiver.substr(start, at - start)); // kept byte for byte
+        }
+    }
+    return out;
+}
+
 std::string capitalizedString(std::string_view receiver) {
     std::string out;
     out.reserve(receiver.size());

@@ -27,6 +27,8 @@ std::string stringWithFirstCharCapitalized(std::string_view receiver);
 /// `capitalizedString`: the first letter of each word upper-case, the others lower-case; words
 /// are separated by spaces, tabs and line ends ("open menu" gives "Open Menu").
 std::string capitalizedString(std::string_view receiver);
+/// `lowercaseString`: every letter lower-case; how names are compared where case doesn't count.
+std::string lowercaseString(std::string_view receiver);
 /// Leading and trailing white space and line ends removed.
 std::string stringByTrimmingBlanks(std::string_view receiver);
 bool isValidEmail(std::string_view receiver);

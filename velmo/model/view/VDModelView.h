@@ -320,6 +320,50 @@ class VDModelView : public VDModel {
     /// hasMoreThanOneSubmitButton: — the same, counting on from the views in `found`.
     bool hasMoreThanOneSubmitButton(std::vector<const VDModelView*>& found) const;
 
+    // ---- variable names: defined with the actions, whose names share the namespace
+
+    /// The subviews' variable names (views without one take no place); a table answers from
+    /// its cells.
+    virtual Array allVariableIDs() const;
+    /// The names of the view's actions.
+    Array allActionNames() const;
+    /// isLegalVariableOrActionName: — asked of a parent: no subview or action has the name,
+    /// compared without case.
+    bool isLegalVariableOrActionName(std::string_view name) const;
+    /// uniqueNameForVariable:suggestedName: — asked of the parent, for a view: the legal form of
+    /// the suggestion when it is free, else that (or the class's prefix) numbered from 1.
+    std::string uniqueNameForVariable(const VDModelView& view,
+                                      const std::optional<std::string>& suggestion) const;
+    /// uniqueNameForVariable:suggestedName:forbiddenNamesLower: — the same, also avoiding the
+    /// given lower-case names.
+    std::string uniqueNameForVariable(const VDModelView& view, const std::optional<std::string>& suggestion,
+                                      const std::vector<std::string>& forbiddenNamesLower) const;
+    /// The legal form of `viewName` becomes the variable name when the parent has it free; a
+    /// clash keeps the old one.
+    virtual void updateVarIdFromName();
+    /// Names every subview below that has none, unique within its parent.
+    void fillMissingVarNamesForSubViewsRecursive();
+    /// Names every view below that has none, the new names unique within the whole subtree.
+    void fillVarNamesUniquePerContainer();
+    /// fillMissingVarNamesForSubView:takenNamesLower:
+    void fillMissingVarNamesForSubView(VDModelView& view, std::vector<std::string>& takenNamesLower);
+    /// On a root: no view below shares a name with an ancestor, with an earlier sibling of one,
+    /// or with a sibling; renamed views carry the rename into their ancestors' states and actions.
+    void enforceChildrenNamesDistinctFromParents();
+    /// enforceUniqueVarNameWithHierarchy:forbiddenVarIds:
+    void enforceUniqueVarNameWithHierarchy(const std::vector<std::shared_ptr<VDModelView>>& hierarchy,
+                                           const std::vector<std::string>& forbiddenVarIds);
+    /// selfEnforceUniqueVarNameWithHierarchy:forbiddenVarIds:
+    void selfEnforceUniqueVarNameWithHierarchy(const std::vector<std::shared_ptr<VDModelView>>& hierarchy,
+                                               const std::vector<std::string>& forbiddenVarIds);
+    /// renameVarNameWithHierarchy:forbiddenVarIds:
+    void renameVarNameWithHierarchy(const std::vector<std::shared_ptr<VDModelView>>& hierarchy,
+                                    const std::vector<std::string>& forbiddenVarIds);
+    /// refactorVar:to:hierarchy: — on an ancestor: paths in its states and actions to a
+    /// descendant renamed from `oldName` to `newName`, reached through `hierarchy`, follow.
+    void refactorVar(const std::string& oldName, const std::string& newName,
+                     const std::vector<std::shared_ptr<VDModelView>>& hierarchy);
+
     // ---- states: defined with the states themselves, a layer above the view
 
     /// applyModelState: — writes the state's values into the permanent fields of the subtree

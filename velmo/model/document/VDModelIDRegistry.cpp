@@ -1,0 +1,72 @@
+#include "velmo/model/document/VDModelIDRegistry.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+namespace velmo {
+
+std::string_view VDModelIDRegistry::keyOf(std::string_view identifier) {
+    return identifier.substr(0, identifier.find('_'));
+}
+
+void VDModelIDRegistry::add(std::string_view identifier) {
+    if (identifier.empty()) return;
+    const std::string_view key = keyOf(identifier);
+    auto found = groups_.find(key);
+    if (found == groups_.end()) {
+        found = groups_.emplace(std::string(key), Group{}).first;
+        order_.emplace_back(key);
+    }
+    found->second.identifiers.emplace_back(identifier);
+    auto count = found->second.counts.find(identifier);
+    if (count == found->second.counts.end()) {
+        found->second.counts.emplace(std::string(identifier), 1);
+    } else {
+        ++count->second;
+    }
+}
+
+void VDModelIDRegistry::removeAll(std::string_view identifier) {
+    const auto found = groups_.find(keyOf(identifier));
+    if (found == groups_.end()) return;
+    Group& group = found->second;
+    const auto count = group.counts.find(identifier);
+    if (count == group.counts.end()) return;
+    group.counts.erase(count);
+    std::erase_if(group.identifiers, [&](const std::string& id) { return id == identifier; });
+}
+
+bool VDModelIDRegistry::contains(std::string_view identifier) const {
+    const auto found = groups_.find(keyOf(identifier));
+    return found != groups_.end() && found->second.counts.contains(identifier);
+}
+
+std::size_t VDModelIDRegistry::groupSize(std::string_view prefix) const {
+    const auto found = groups_.find(prefix);
+    return found == groups_.end() ? 0 : found->second.identifiers.size();
+}
+
+std::string VDModelIDRegistry::nextIdentifier(std::string_view prefix) const {
+    const auto found = groups_.find(prefix);
+    // Numbering starts from the group's size, not its highest number: gaps below it stay.
+    std::size_t n = found == groups_.end() ? 0 : found->second.identifiers.size();
+    for (;;) {
+        std::string candidate = fmt::format("{}_{}", prefix, ++n);
+        if (found == groups_.end() || !found->second.counts.contains(candidate)) return candidate;
+    }
+}
+
+Dictionary VDModelIDRegistry::toDictionary() const {
+    Dictionary out = Dictionary::create(order_.size());
+    for (const std::string& key : order_) {
+        const auto found = groups_.find(key);
+        Array ids = Array::create(found->second.identifiers.size());
+        for (const std::string& id : found->second.identifiers)
+            ids.push_back(Value(id));
+        out.set(key, Value(ids));
+    }
+    return out;
+}
+
+} // namespace velmo
