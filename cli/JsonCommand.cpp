@@ -31,10 +31,12 @@ int runJson(const JsonOptions& o) {
         // `toJson` is always compact, and the command is pretty unless asked otherwise.
         json = Json::write(Value(model->toDictionary()), !o.compact);
     } catch (const JsonWriteError&) {
-    }
-    if (json.empty()) {
         Console::error(
             fmt::format("{}: the document holds a value that JSON can't hold", documentName(o.file)));
+        return kExitFailure;
+    } catch (const std::exception& e) {
+        // A component's master record, whose field list names a field it doesn't have.
+        Console::error(fmt::format("{}: the document can't be encoded: {}", documentName(o.file), e.what()));
         return kExitFailure;
     }
     json += '\n';

@@ -121,7 +121,8 @@ Dictionary VDModel::toDictionaryWithFields(const NameList& names) {
 std::string VDModel::toJson() {
     try {
         return Json::write(Value(toDictionary()), true);
-    } catch (const JsonWriteError&) {
+    } catch (const std::exception&) {
+        // A value JSON can't hold, or a field that can't be read (a component's master record).
         return std::string();
     }
 }

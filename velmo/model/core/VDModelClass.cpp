@@ -32,6 +32,10 @@ VDModelClass::VDModelClass(std::string_view name, const VDModelClass* superclass
         byName_[f.name] = &f;
         if (f.listed) fieldList_.push_back(&f);
     }
+    // Listed names are read by name, as the platform reads them: a name that a subclass declares
+    // again resolves to the subclass's field wherever the list holds it.
+    for (const VDField*& f : fieldList_)
+        f = byName_.at(f->name);
     fieldNames_.reserve(fieldList_.size());
     for (const VDField* f : fieldList_)
         fieldNames_.push_back(f->name);

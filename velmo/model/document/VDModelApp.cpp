@@ -132,10 +132,9 @@ Dictionary VDModelApp::toDictionary() {
 
 std::string VDModelApp::toJson() {
     // Built from a private snapshot, and compact: documents are large and go over the wire.
-    const auto snapshot = copy();
-    if (!snapshot) return std::string();
     try {
-        return Json::write(Value(snapshot->toDictionary()), false);
+        const auto snapshot = copy();
+        return snapshot ? Json::write(Value(snapshot->toDictionary()), false) : std::string();
     } catch (const std::exception&) {
         return std::string();
     }

@@ -33,6 +33,10 @@
 #include "velmo/model/records/VDModelSpecsInfo.h"
 #include "velmo/model/records/VDModelTheme.h"
 #include "velmo/model/records/VPAnimationExportSettings.h"
+#include "velmo/model/view/VDModelComponentInstanceData.h"
+#include "velmo/model/view/VDModelComponentMasterData.h"
+#include "velmo/model/view/VDModelComponentOverride.h"
+#include "velmo/model/view/VDModelProp.h"
 #include "velmo/model/view/VDModelView.h"
 #include "velmo/model/view/VDModelViewConstraints.h"
 #include "velmo/model/view/VDModelViewPadding.h"
@@ -72,6 +76,10 @@ std::vector<const VDClass*> registerModelClasses() {
         &VPAnimationExportSettings::classObject(),
         &VDModelViewState::classObject(),
         &VDModelAppLinks::classObject(),
+        &VDModelComponentInstanceData::classObject(),
+        &VDModelComponentMasterData::classObject(),
+        &VDModelComponentOverride::classObject(),
+        &VDModelProp::classObject(),
         &VDModelAction::classObject(),
         &VDModelActionPresentScreen::classObject(),
         &VDModelActionDismissScreen::classObject(),

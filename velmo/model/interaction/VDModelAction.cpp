@@ -39,8 +39,8 @@ std::optional<std::string> VDModelAction::layerTitle() const {
     return name_;
 }
 
-std::shared_ptr<VDModelEventListener> VDModelAction::addListenerWithTarget(const std::string& target,
-                                                                           const std::string& event) {
+std::shared_ptr<VDModelEventListener>
+VDModelAction::addListenerWithTarget(const std::optional<std::string>& target, const std::string& event) {
     auto listener = VDModelEventListener::create();
     listener->setTarget(target);
     listener->setEvent(event);

@@ -53,7 +53,7 @@ class VDModelAction : public VDModel {
     virtual Array linkedScreenIDs() const { return Array(); }
 
     /// addListenerWithTarget:event: — the new listener, or nullptr when an equal one is there.
-    std::shared_ptr<VDModelEventListener> addListenerWithTarget(const std::string& target,
+    std::shared_ptr<VDModelEventListener> addListenerWithTarget(const std::optional<std::string>& target,
                                                                 const std::string& event);
     /// addListenerWithTimer: — always a new "timer" listener: timers never equal each other.
     std::shared_ptr<VDModelEventListener> addListenerWithTimer(double milliseconds);

@@ -137,6 +137,34 @@ void VDModelView::setHover(std::shared_ptr<VDModelHover> v) {
     hover_ = v ? modelCopy(v) : nullptr;
 }
 
+void VDModelView::fixAfterSketchExport() {
+    fixBorderAfterSketchExport();
+    if (componentInstanceData_) {
+        componentInstanceData_->setOwner(std::static_pointer_cast<VDModelView>(sharedFromThis()));
+        componentInstanceData_->fixAfterSketchExport();
+    }
+    for (const Value& v : subviews()) {
+        if (const auto sub = v.objectAs<VDModelView>()) sub->fixAfterSketchExport();
+    }
+}
+
+void VDModelView::fixBorderAfterSketchExport() {
+    // Web boxes draw borders inside; the design tool also centres them or puts them outside.
+    if (borderWidth_ <= 0 || borderPosition_ == "inside" || !constraints_ || constraints_->isEmpty()) {
+        borderPosition_ = "inside";
+        return;
+    }
+    const float grow = borderPosition_ == "center" ? borderWidth_ / 2 : borderWidth_;
+    for (const auto& rule : {constraints_->width(), constraints_->height()}) {
+        if (rule && rule->enabled()) rule->setConstant(rule->constant() + 2 * grow);
+    }
+    for (const auto& rule :
+         {constraints_->top(), constraints_->left(), constraints_->right(), constraints_->bottom()}) {
+        if (rule && rule->enabled()) rule->setConstant(rule->constant() - grow);
+    }
+    borderPosition_ = "inside";
+}
+
 void VDModelView::setEnterAnimation(std::shared_ptr<VDModelAnimationWeb> v) {
     enterAnimation_ = v ? modelCopy(v) : nullptr;
 }

@@ -14,6 +14,7 @@
 #include "velmo/model/records/VDModelHover.h"
 #include "velmo/model/records/VDModelSpecsInfo.h"
 #include "velmo/model/records/VPAnimationExportSettings.h"
+#include "velmo/model/view/VDModelComponentInstanceData.h"
 #include "velmo/model/view/VDModelViewConstraints.h"
 #include "velmo/model/view/VDModelViewPadding.h"
 #include "velmo/model/view/VDModelViewRelatedUIElement.h"
@@ -151,10 +152,20 @@ class VDModelView : public VDModel {
     void setSpecsInfo(std::shared_ptr<VDModelSpecsInfo> v) { specsInfo_ = std::move(v); }
     const std::optional<std::string>& importedID() const { return importedID_; }
     void setImportedID(std::optional<std::string> v) { importedID_ = std::move(v); }
-    const std::shared_ptr<VDModel>& componentInstanceData() const { return componentInstanceData_; }
-    void setComponentInstanceData(std::shared_ptr<VDModel> v) { componentInstanceData_ = std::move(v); }
-    const std::shared_ptr<VDModel>& componentMasterData() const { return componentMasterData_; }
-    void setComponentMasterData(std::shared_ptr<VDModel> v) { componentMasterData_ = std::move(v); }
+    /// Present when the view uses a component.
+    const std::shared_ptr<VDModelComponentInstanceData>& componentInstanceData() const {
+        return componentInstanceData_;
+    }
+    void setComponentInstanceData(std::shared_ptr<VDModelComponentInstanceData> v) {
+        componentInstanceData_ = std::move(v);
+    }
+    /// Present on a component's master view.
+    const std::shared_ptr<VDModelComponentMasterData>& componentMasterData() const {
+        return componentMasterData_;
+    }
+    void setComponentMasterData(std::shared_ptr<VDModelComponentMasterData> v) {
+        componentMasterData_ = std::move(v);
+    }
     const Dictionary& backgroundBlur() const { return backgroundBlur_; }
     void setBackgroundBlur(Dictionary v) { backgroundBlur_ = std::move(v); }
 
@@ -364,6 +375,25 @@ class VDModelView : public VDModel {
     void refactorVar(const std::string& oldName, const std::string& newName,
                      const std::vector<std::shared_ptr<VDModelView>>& hierarchy);
 
+    // ---- repairs of old documents and fresh exports: defined with the states and transitions
+
+    /// Gives an old timeline component's implicit first state a name ("initial"), makes it the
+    /// default and ties the transitions from and to no state to it. True when it did; a failure
+    /// is logged, and what was done stays.
+    bool migrateStateZero();
+    /// The transition from no state that enters the default state at once, on a timer, first of
+    /// the actions; made when missing. A failure is logged, and what was done stays.
+    void updateBackwardCompatibility();
+    /// The first transition from no state.
+    std::shared_ptr<VDModelActionScriptAnimation> backwardCompatibilityAnimation() const;
+    /// A default state that is gone becomes the first state; an animation timeline always
+    /// starts in its first state.
+    void validateDefaultStateName();
+    /// After an export, over the subtree: borders inside, and components told their owner.
+    void fixAfterSketchExport();
+    /// Makes the border an inside border by growing the box's constraints; the frame stays.
+    void fixBorderAfterSketchExport();
+
     // ---- states: defined with the states themselves, a layer above the view
 
     /// applyModelState: — writes the state's values into the permanent fields of the subtree
@@ -443,8 +473,8 @@ private:
     std::shared_ptr<VDModelFrame> originalFrame_;
     std::shared_ptr<VDModelSpecsInfo> specsInfo_;
     std::optional<std::string> importedID_;
-    std::shared_ptr<VDModel> componentInstanceData_;
-    std::shared_ptr<VDModel> componentMasterData_;
+    std::shared_ptr<VDModelComponentInstanceData> componentInstanceData_;
+    std::shared_ptr<VDModelComponentMasterData> componentMasterData_;
     Dictionary backgroundBlur_;
 
     float rotationX_ = 0, rotationY_ = 0;
