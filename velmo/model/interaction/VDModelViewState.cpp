@@ -173,6 +173,7 @@ void VDModelViewState::fixLegacyDelimiter() {
         fixed.set(k, fields);
     }
     setOverrides(std::move(fixed));
+    fixedLegacyDelimiter_ = true;
 }
 
 std::string VDModelViewState::description() const {

@@ -50,6 +50,8 @@ class VDModelViewState : public VDModel {
     void refactorPath(std::string_view oldPath, std::string_view newPath);
     /// Old documents joined override keys with "."; only the first key decides, as it always has.
     void fixLegacyDelimiter();
+    /// The keys were turned over by `fixLegacyDelimiter` since the state was made; never encoded.
+    bool fixedLegacyDelimiter() const { return fixedLegacyDelimiter_; }
 
     /// "[%p] <%@> %@": address, class name, `name`.
     std::string description() const override;
@@ -57,6 +59,7 @@ class VDModelViewState : public VDModel {
 private:
     std::optional<std::string> name_;
     Dictionary overrides_;
+    bool fixedLegacyDelimiter_ = false;
 };
 
 } // namespace velmo
