@@ -231,3 +231,63 @@ TEST_F(VDModelAppTest, LookupsByPathAndByReference) {
     ref->setActionName("go");
     EXPECT_EQ(app->actionForRef(*ref, *button), open);
 }
+
+TEST_F(VDModelAppTest, MetadataFromTheServiceAndWhatACopyKeeps) {
+    auto app = threeScreens();
+    app->setSketchPageID("page");
+    app->fillMetadata(Json::parse(R"({"id": "p9", "version": 3, "slug": "demo", "is_private": true,
+        "assets_file_version": 7, "assets_file_url": "https://x/a.zip", "latest_release_version": 12,
+        "updated_at": "2020-01-02T03:04:05"})")
+                          .dictionary());
+    EXPECT_EQ(app->appID(), "p9");
+    EXPECT_EQ(app->appVersion(), "3") << "a number where text is expected is kept";
+    EXPECT_TRUE(app->isPrivate());
+    EXPECT_EQ(app->latestReleaseVersion(), 12);
+    EXPECT_EQ(app->sketchPageID(), "page") << "a missing page keeps the one in force";
+    ASSERT_TRUE(app->appServerLastUpdate());
+    EXPECT_EQ(VDModel::dateFormatter().stringFromDate(*app->appServerLastUpdate()), "2020-01-02T03:04:05");
+
+    auto copy = std::static_pointer_cast<VDModelApp>(app->copy());
+    EXPECT_EQ(copy->appID(), "p9");
+    EXPECT_EQ(copy->assetsVersion(), 7);
+    EXPECT_EQ(copy->assetsZipFileUrl(), "https://x/a.zip");
+    EXPECT_EQ(copy->appServerLastUpdate(), app->appServerLastUpdate());
+    EXPECT_FALSE(copy->slug()) << "the rest of the metadata is lost";
+    EXPECT_TRUE(copy->isEqual(*app));
+
+    // A partial record blanks what it doesn't name, but for the page and the last update.
+    app->fillMetadata(Dictionary::create());
+    EXPECT_FALSE(app->name());
+    EXPECT_FALSE(app->isPrivate());
+    EXPECT_EQ(app->assetsVersion(), 0);
+    EXPECT_EQ(app->sketchPageID(), "page");
+    EXPECT_TRUE(app->appServerLastUpdate());
+
+    app->links()->setLastShareLink("https://share");
+    app->links()->setLastShareLinkValid(true);
+    app->setGithubRepoName("repo");
+    app->handleFileLocationChange();
+    EXPECT_EQ(app->links()->lastShareLink(), "https://share");
+    EXPECT_FALSE(app->links()->lastShareLinkValid());
+    EXPECT_FALSE(app->githubRepoName());
+}
+
+TEST_F(VDModelAppTest, WholeDocumentPassesReachScreensAndComponentsAsTheySay) {
+    auto app = threeScreens();
+    auto card = view("card", {view("card")});
+    auto master = view("master", {view("inner")});
+    master->setBorderWidth(2);
+    app->screenWithVarID("a")->setSubviews(Array{Value(card)});
+    app->screenWithVarID("a")->setIsForm(false);
+    app->fixModelAfterSketchExport(); // components are nil: the screens alone
+    EXPECT_EQ(card->borderPosition(), "inside");
+
+    app->setComponents(Array{Value(master)});
+    app->markFormsAccordingToSubmitButtons();
+    EXPECT_TRUE(app->screenWithVarID("a")->isForm());
+    EXPECT_FALSE(master->isForm()) << "forms inside components aren't reached";
+    app->enforceChildrenNamesDistinctFromParents();
+    EXPECT_EQ(card->subviews()[0].objectAs<VDModelView>()->variableID(), "card1");
+    app->fixModelAfterSketchExport();
+    EXPECT_EQ(master->borderPosition(), "inside");
+}

@@ -168,7 +168,7 @@ class VDModel : public Object {
     bool isEqual(const Object& other) const override;
     /// A decode of `toDictionaryWithAllFields` into a new object of the same class: deep, with the
     /// permanent state only; nullptr when no mapping is installed.
-    std::shared_ptr<VDModel> copy();
+    virtual std::shared_ptr<VDModel> copy();
     /// A copy that takes the values in force now, overrides included, as its permanent state.
     std::shared_ptr<VDModel> copyWithPermenantState();
 

@@ -165,6 +165,106 @@ void VDModelApp::postStateUpdatedNotification() {
     raceFlag_ = 0;
 }
 
+// ---------------------------------------------------------------- metadata and passes
+
+namespace {
+
+// "As it comes": text stays text, and a value of another kind is kept in its text form rather
+// than lost; null and a missing key give nothing.
+std::optional<std::string> textOf(const Value& v) {
+    if (v.isNone()) return std::nullopt;
+    return v.isString() ? v.str() : v.description();
+}
+
+} // namespace
+
+void VDModelApp::fillMetadata(const Dictionary& info) {
+    const auto get = [&](std::string_view key) -> const Value& { return info.get(key); };
+    appID_ = textOf(get("id"));
+    assetsZipFileUrl_ = textOf(get("assets_file_url"));
+    appVersion_ = textOf(get("version"));
+    assetsVersion_ = get("assets_file_version").int64Value();
+    githubRepoName_ = textOf(get("github_repo_name"));
+    githubRepoOwner_ = textOf(get("github_repo_owner"));
+    if (const auto page = textOf(get("sketch_page_id"))) sketchPageID_ = page;
+    slug_ = textOf(get("slug"));
+    setIsCustomSlug(get("is_custom_slug").boolValue());
+    setIsWhiteLabel(get("is_white_label").boolValue());
+    setIsPortfolio(get("is_portfolio").boolValue());
+    setIsPublished(get("is_published").boolValue());
+    setIsPrivate(get("is_private").boolValue());
+    name_ = textOf(get("name"));
+    domain_ = textOf(get("domain"));
+    metaTitle_ = textOf(get("meta_title"));
+    metaTagDescription_ = textOf(get("meta_description"));
+    metaTagLanguage_ = textOf(get("meta_language"));
+    metaTagImageURL_ = textOf(get("meta_image_url"));
+    metaFaviconImageURL_ = textOf(get("meta_favicon_url"));
+    folderPath_ = textOf(get("folder_path"));
+    promotion_ = get("promotion").dictionary();
+    setIsEnabledMetaTagsFacebook(get("is_meta_enabled_facebook").boolValue());
+    setIsEnabledMetaTagsTwitter(get("is_meta_enabled_twitter").boolValue());
+    analyticsSnippet_ = textOf(get("analytics_snippet"));
+    // Read as 32-bit integers, then widened.
+    liveReleaseVersion_ = get("live_release_version").int32Value();
+    latestReleaseVersion_ = get("latest_release_version").int32Value();
+    latestReleaseShortId_ = textOf(get("latest_release_short_id"));
+    if (const Value& updated = get("updated_at"); !updated.isNil()) {
+        appServerLastUpdate_ =
+            updated.isString() ? dateFormatter().dateFromString(updated.stringView()) : std::nullopt;
+    }
+}
+
+void VDModelApp::copyMetadata(const VDModelApp& other) {
+    assetsZipFileUrl_ = other.assetsZipFileUrl_;
+    assetsVersion_ = other.assetsVersion_;
+    appVersion_ = other.appVersion_;
+    appID_ = other.appID_;
+    appServerLastUpdate_ = other.appServerLastUpdate_;
+}
+
+std::shared_ptr<VDModel> VDModelApp::copy() {
+    auto copied = std::dynamic_pointer_cast<VDModelApp>(VDModel::copy());
+    if (!copied) return copied;
+    copied->appServerLastUpdate_ = appServerLastUpdate_;
+    copied->assetsZipFileUrl_ = assetsZipFileUrl_;
+    copied->assetsVersion_ = assetsVersion_;
+    copied->appID_ = appID_;
+    return copied;
+}
+
+void VDModelApp::handleFileLocationChange() {
+    if (links_) {
+        links_->setLastShareLinkValid(false);
+        links_->setLastCodeExportLinkValid(false);
+    }
+    githubRepoOwner_.reset();
+    githubRepoName_.reset();
+}
+
+namespace {
+template <class Pass> void forEachRoot(std::initializer_list<Array> lists, Pass pass) {
+    for (const Array& roots : lists) {
+        for (const Value& v : roots) {
+            if (const auto root = v.objectAs<VDModelView>()) pass(*root);
+        }
+    }
+}
+} // namespace
+
+void VDModelApp::markFormsAccordingToSubmitButtons() {
+    forEachRoot({screens_}, [](VDModelView& root) { root.markFormsAccordingToSubmitButtons(); });
+}
+
+void VDModelApp::enforceChildrenNamesDistinctFromParents() {
+    forEachRoot({screens_, components_},
+                [](VDModelView& root) { root.enforceChildrenNamesDistinctFromParents(); });
+}
+
+void VDModelApp::fixModelAfterSketchExport() {
+    forEachRoot({screens_, components_}, [](VDModelView& root) { root.fixAfterSketchExport(); });
+}
+
 // ---------------------------------------------------------------- screens
 
 std::shared_ptr<VDModelScreen> VDModelApp::screenWithId(std::string_view modelID) const {

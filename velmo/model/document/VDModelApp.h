@@ -42,6 +42,9 @@ class VDModelApp : public VDModel {
     Dictionary toDictionary() override;
     /// Compact JSON of a private copy; empty text when the writer fails.
     std::string toJson() override;
+    /// The base copy, then what a copy keeps of the service's metadata: `appServerLastUpdate`,
+    /// `assetsZipFileUrl`, `assetsVersion`, `appID`. The rest of the metadata is lost.
+    std::shared_ptr<VDModel> copy() override;
 
     void postUpdateNotification() override;
     void postUpdateNotificationType(std::uint32_t type) override;
@@ -168,6 +171,23 @@ class VDModelApp : public VDModel {
     /// on it. A plain update leaves it raised until the next of the other announcements ends.
     bool raceFlag() const { return raceFlag_ != 0; }
     void setRaceFlag(bool v) { raceFlag_ = v ? 1 : 0; }
+
+    // ---- the project's record on the service, and passes over the whole document
+
+    /// fillMetadata: — every field of the metadata table from a complete project record: a
+    /// missing key blanks its field, but for "sketch_page_id" and "updated_at", which keep theirs.
+    void fillMetadata(const Dictionary& info);
+    /// copyMetadata: — the assets archive, its version, `appVersion`, `appID` and the last update.
+    void copyMetadata(const VDModelApp& other);
+    /// The design file moved: links derived from its place no longer hold, nor does the
+    /// repository. The link texts stay.
+    void handleFileLocationChange();
+    /// On each screen, not on free views or components.
+    void markFormsAccordingToSubmitButtons();
+    /// On each screen, then on each component.
+    void enforceChildrenNamesDistinctFromParents();
+    /// `fixAfterSketchExport` on each screen, then on each component.
+    void fixModelAfterSketchExport();
 
     // ---- screens
 
