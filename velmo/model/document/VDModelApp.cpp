@@ -10,6 +10,7 @@
 #include "velmo/foundation/NotificationCenter.h"
 #include "velmo/foundation/Uuid.h"
 #include "velmo/model/core/VDModelDecoder.h"
+#include "velmo/model/document/VDModelTabBarScreen.h"
 #include "velmo/model/interaction/VDModelAction.h"
 #include "velmo/model/interaction/VDModelActionReference.h"
 #include "velmo/model/values/StringExtensions.h"
@@ -371,6 +372,11 @@ bool VDModelApp::hasAutoAnimateAction() const {
         if (screen && screen->hasAutoAnimateAction()) return true;
     }
     return false;
+}
+
+bool VDModelApp::hasTabBar() const {
+    return std::any_of(screens_.begin(), screens_.end(),
+                       [](const Value& v) { return v.objectAs<VDModelTabBarScreen>() != nullptr; });
 }
 
 Array VDModelApp::allLayersIdsForView(const VDModelView& view) {

@@ -212,6 +212,8 @@ class VDModelApp : public VDModel {
     std::optional<std::string> homepageName() const;
     /// Some screen presents another with automatic animation.
     bool hasAutoAnimateAction() const;
+    /// Some screen is a tab bar screen.
+    bool hasTabBar() const;
     /// Every screen's layer identifiers from the design tool; nil when there are none.
     Array allLayersIDs() const;
     /// allLayersIdsForView: — the view's `sketchId`, then its subviews', depth first.

@@ -3,6 +3,7 @@
 #include "velmo/model/document/VDModelApp.h"
 #include "velmo/model/document/VDModelAppLinks.h"
 #include "velmo/model/document/VDModelScreen.h"
+#include "velmo/model/document/VDModelTabBarScreen.h"
 #include "velmo/model/interaction/VDModelAction.h"
 #include "velmo/model/interaction/VDModelActionCallAction.h"
 #include "velmo/model/interaction/VDModelActionDismissScreen.h"
@@ -33,13 +34,30 @@
 #include "velmo/model/records/VDModelSpecsInfo.h"
 #include "velmo/model/records/VDModelTheme.h"
 #include "velmo/model/records/VPAnimationExportSettings.h"
+#include "velmo/model/view/VDModelBlurView.h"
+#include "velmo/model/view/VDModelCellView.h"
+#include "velmo/model/view/VDModelCollectionView.h"
 #include "velmo/model/view/VDModelComponentInstanceData.h"
 #include "velmo/model/view/VDModelComponentMasterData.h"
 #include "velmo/model/view/VDModelComponentOverride.h"
+#include "velmo/model/view/VDModelGradientView.h"
+#include "velmo/model/view/VDModelImageView.h"
+#include "velmo/model/view/VDModelMapView.h"
+#include "velmo/model/view/VDModelProgressView.h"
 #include "velmo/model/view/VDModelProp.h"
+#include "velmo/model/view/VDModelSliceView.h"
+#include "velmo/model/view/VDModelSliderView.h"
+#include "velmo/model/view/VDModelStackView.h"
+#include "velmo/model/view/VDModelSwitchView.h"
+#include "velmo/model/view/VDModelTabBar.h"
+#include "velmo/model/view/VDModelTabBarItem.h"
+#include "velmo/model/view/VDModelTableView.h"
+#include "velmo/model/view/VDModelVideoView.h"
 #include "velmo/model/view/VDModelView.h"
 #include "velmo/model/view/VDModelViewConstraints.h"
 #include "velmo/model/view/VDModelViewPadding.h"
+#include "velmo/model/view/VDModelWebView.h"
+#include "velmo/model/view/VDModelWidget.h"
 
 namespace velmo {
 
@@ -50,8 +68,25 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelConstraint::classObject(),
         &VDModelHover::classObject(),
         &VDModelApp::classObject(),
+        &VDModelWidget::classObject(),
         &VDModelScreen::classObject(),
         &VDModelView::classObject(),
+        &VDModelImageView::classObject(),
+        &VDModelTableView::classObject(),
+        &VDModelCellView::classObject(),
+        &VDModelMapView::classObject(),
+        &VDModelWebView::classObject(),
+        &VDModelSliderView::classObject(),
+        &VDModelSwitchView::classObject(),
+        &VDModelGradientView::classObject(),
+        &VDModelProgressView::classObject(),
+        &VDModelCollectionView::classObject(),
+        &VDModelVideoView::classObject(),
+        &VDModelBlurView::classObject(),
+        &VDModelTabBarScreen::classObject(),
+        &VDModelTabBar::classObject(),
+        &VDModelTabBarItem::classObject(),
+        &VDModelStackView::classObject(),
         &VDModelSubmitAction::classObject(),
         &VDModelViewPadding::classObject(),
         &VDModelFrame::classObject(),
@@ -80,6 +115,7 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelComponentMasterData::classObject(),
         &VDModelComponentOverride::classObject(),
         &VDModelProp::classObject(),
+        &VDModelSliceView::classObject(),
         &VDModelAction::classObject(),
         &VDModelActionPresentScreen::classObject(),
         &VDModelActionDismissScreen::classObject(),
