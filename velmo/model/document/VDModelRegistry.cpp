@@ -23,6 +23,7 @@
 #include "velmo/model/records/VDModelConstraint.h"
 #include "velmo/model/records/VDModelDataList.h"
 #include "velmo/model/records/VDModelFill.h"
+#include "velmo/model/records/VDModelFont.h"
 #include "velmo/model/records/VDModelFrame.h"
 #include "velmo/model/records/VDModelGradient.h"
 #include "velmo/model/records/VDModelGradientStop.h"
@@ -30,13 +31,16 @@
 #include "velmo/model/records/VDModelHover.h"
 #include "velmo/model/records/VDModelPoint.h"
 #include "velmo/model/records/VDModelShadow.h"
+#include "velmo/model/records/VDModelSpan.h"
 #include "velmo/model/records/VDModelSpecsInfo.h"
 #include "velmo/model/records/VDModelTheme.h"
 #include "velmo/model/records/VPAnimationExportSettings.h"
 #include "velmo/model/view/VDModelComponentInstanceData.h"
 #include "velmo/model/view/VDModelComponentMasterData.h"
 #include "velmo/model/view/VDModelComponentOverride.h"
+#include "velmo/model/view/VDModelLabel.h"
 #include "velmo/model/view/VDModelProp.h"
+#include "velmo/model/view/VDModelTextView.h"
 #include "velmo/model/view/VDModelView.h"
 #include "velmo/model/view/VDModelViewConstraints.h"
 #include "velmo/model/view/VDModelViewPadding.h"
@@ -51,7 +55,9 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelHover::classObject(),
         &VDModelApp::classObject(),
         &VDModelScreen::classObject(),
+        &VDModelLabel::classObject(),
         &VDModelView::classObject(),
+        &VDModelTextView::classObject(),
         &VDModelSubmitAction::classObject(),
         &VDModelViewPadding::classObject(),
         &VDModelFrame::classObject(),
@@ -73,6 +79,8 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelGuide::classObject(),
         &VDModelPoint::classObject(),
         &VDModelTheme::classObject(),
+        &VDModelFont::classObject(),
+        &VDModelSpan::classObject(),
         &VPAnimationExportSettings::classObject(),
         &VDModelViewState::classObject(),
         &VDModelAppLinks::classObject(),
