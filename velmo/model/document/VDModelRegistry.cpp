@@ -24,6 +24,7 @@
 #include "velmo/model/records/VDModelConstraint.h"
 #include "velmo/model/records/VDModelDataList.h"
 #include "velmo/model/records/VDModelFill.h"
+#include "velmo/model/records/VDModelFont.h"
 #include "velmo/model/records/VDModelFrame.h"
 #include "velmo/model/records/VDModelGradient.h"
 #include "velmo/model/records/VDModelGradientStop.h"
@@ -31,6 +32,7 @@
 #include "velmo/model/records/VDModelHover.h"
 #include "velmo/model/records/VDModelPoint.h"
 #include "velmo/model/records/VDModelShadow.h"
+#include "velmo/model/records/VDModelSpan.h"
 #include "velmo/model/records/VDModelSpecsInfo.h"
 #include "velmo/model/records/VDModelTheme.h"
 #include "velmo/model/records/VPAnimationExportSettings.h"
@@ -42,6 +44,7 @@
 #include "velmo/model/view/VDModelComponentOverride.h"
 #include "velmo/model/view/VDModelGradientView.h"
 #include "velmo/model/view/VDModelImageView.h"
+#include "velmo/model/view/VDModelLabel.h"
 #include "velmo/model/view/VDModelMapView.h"
 #include "velmo/model/view/VDModelProgressView.h"
 #include "velmo/model/view/VDModelProp.h"
@@ -52,6 +55,7 @@
 #include "velmo/model/view/VDModelTabBar.h"
 #include "velmo/model/view/VDModelTabBarItem.h"
 #include "velmo/model/view/VDModelTableView.h"
+#include "velmo/model/view/VDModelTextView.h"
 #include "velmo/model/view/VDModelVideoView.h"
 #include "velmo/model/view/VDModelView.h"
 #include "velmo/model/view/VDModelViewConstraints.h"
@@ -70,10 +74,12 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelApp::classObject(),
         &VDModelWidget::classObject(),
         &VDModelScreen::classObject(),
+        &VDModelLabel::classObject(),
         &VDModelView::classObject(),
         &VDModelImageView::classObject(),
         &VDModelTableView::classObject(),
         &VDModelCellView::classObject(),
+        &VDModelTextView::classObject(),
         &VDModelMapView::classObject(),
         &VDModelWebView::classObject(),
         &VDModelSliderView::classObject(),
@@ -108,6 +114,8 @@ std::vector<const VDClass*> registerModelClasses() {
         &VDModelGuide::classObject(),
         &VDModelPoint::classObject(),
         &VDModelTheme::classObject(),
+        &VDModelFont::classObject(),
+        &VDModelSpan::classObject(),
         &VPAnimationExportSettings::classObject(),
         &VDModelViewState::classObject(),
         &VDModelAppLinks::classObject(),
