@@ -21,5 +21,7 @@ CommandRun addJsonCommand(CLI::App& app);
 CommandRun addTreeCommand(CLI::App& app);
 CommandRun addZipCommand(CLI::App& app);
 CommandRun addUnzipCommand(CLI::App& app);
+CommandRun addConfigCommand(CLI::App& app);
+CommandRun addThemeCommand(CLI::App& app);
 
 } // namespace velmo::cli

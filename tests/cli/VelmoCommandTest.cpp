@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "LocalHttpServer.h"
 #include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
 
@@ -97,7 +98,8 @@ TEST_F(VelmoCommand, DocumentsAreReadFromAnyInputOrRefusedWithTheReason) {
          "not a known model class (\"Nope\")"},
         {"json " + file("list.json", "[1, 2]"), 1, "not a known model class"},
         {"json", 2, "FILE is required"},
-        {"frobnicate", 2, "unknown command 'frobnicate'; the commands are json, tree, zip, unzip"},
+        {"frobnicate", 2,
+         "unknown command 'frobnicate'; the commands are json, tree, zip, unzip, config, theme"},
         {"", 2, "no command given"},
     });
     if (::geteuid() != 0) {
@@ -335,4 +337,110 @@ TEST_F(VelmoCommand, TreePrintsEachViewWithItsPath) {
     EXPECT_EQ(transition.get("events"), Json::parse(R"j(["click(this;header)"])j"));
     EXPECT_EQ(transition.get("keyframes"), Value(2));
     EXPECT_EQ(runVelmo("tree " + kExamples + "/document.json").exitCode, 1) << "a document without views";
+}
+
+TEST_F(VelmoCommand, ConfigMergesTheRemoteDocumentAndKeepsTheUsersSettings) {
+    test::LocalHttpServer server;
+    server.server().set_keep_alive_max_count(1);
+    server.server().Get(
+        "/sketchplugin/plugin_config.json", [](const httplib::Request&, httplib::Response& res) {
+            res.set_content(R"({"features": {"fast_preview_export": false}})", "application/octet-stream");
+        });
+    server.start();
+    fs::create_directories(dir_ / "home");
+    Files::writeAtomically(dir_ / "home" / "host.json",
+                           R"({"remoteConfigBaseURL": ")" + server.baseURL() + "\"}");
+    const std::string home = "VELMO_HOME=" + path("home");
+    const auto config = [&](const std::string& arguments, const std::string& environment = "") {
+        const CommandRun run = runVelmo("config " + arguments, "2>&1", home + " " + environment);
+        return std::pair{run, Json::tryParse(run.output)};
+    };
+
+    const auto [merged, mergedJson] = config("--json --refresh");
+    ASSERT_EQ(merged.exitCode, 0) << merged.output;
+    EXPECT_EQ(mergedJson.dictionary().keys(), (std::vector<std::string>{"config", "user"}));
+    const Dictionary features =
+        mergedJson.dictionary().get("config").dictionary().get("features").dictionary();
+    EXPECT_EQ(features.get("fast_preview_export"), Value(false)) << "from the remote document";
+    EXPECT_EQ(features.get("fast_preview"), Value(true)) << "from the local one";
+    EXPECT_FALSE(mergedJson.dictionary()
+                     .get("config")
+                     .dictionary()
+                     .get("available_code_optimizations")
+                     .array()
+                     .empty());
+
+    for (const auto& [arguments, says] :
+         {std::pair{R"(set enabledCodePrefValues '["flexbox_layout"]')",
+                    R"(enabledCodePrefValues = ["flexbox_layout"])"},
+          std::pair{"set lastCodePrefNotifID 42", R"(lastCodePrefNotifID = "42")"},
+          std::pair{"set fastModelProcessingEnabled false", "fastModelProcessingEnabled = false"},
+          std::pair{"unset fastModelProcessingEnabled", "fastModelProcessingEnabled removed"},
+          std::pair{"unset fastModelProcessingEnabled", "fastModelProcessingEnabled was not set"}}) {
+        const auto [run, json] = config(arguments);
+        EXPECT_EQ(run.exitCode, 0) << arguments << "\n" << run.output;
+        EXPECT_NE(run.output.find(says), std::string::npos) << arguments << "\n" << run.output;
+    }
+    const auto [local, localJson] = config("--json");
+    EXPECT_EQ(localJson.dictionary().get("user"),
+              Json::parse(R"({"enabledCodePrefValues": ["flexbox_layout"], "lastCodePrefNotifID": "42"})"));
+    EXPECT_EQ(localJson.dictionary()
+                  .get("config")
+                  .dictionary()
+                  .get("features")
+                  .dictionary()
+                  .get("fast_preview_export"),
+              Value(true));
+
+    const struct {
+        std::string arguments, environment;
+        int exitCode;
+        std::string says;
+    } failures[] = {
+        {"set fastModelProcessingEnabled maybe", "", 2, "fastModelProcessingEnabled takes true or false"},
+        {"set enabledCodePrefValues 3", "", 2, "takes a JSON array of strings"},
+        {"--refresh", "VELMO_CONFIG_URL=", 2, "no remote configuration address"},
+        {"--refresh", "VELMO_CONFIG_URL=http://127.0.0.1:1", 1, "was not applied"},
+        {"set", "", 2, "KEY is required"},
+    };
+    for (const auto& f : failures) {
+        const auto [run, json] = config(f.arguments, f.environment);
+        EXPECT_EQ(run.exitCode, f.exitCode) << f.arguments << "\n" << run.output;
+        EXPECT_NE(run.output.find(f.says), std::string::npos) << f.arguments << "\n" << run.output;
+    }
+    EXPECT_NE(
+        config("--refresh", "VELMO_CONFIG_URL=http://127.0.0.1:1").first.output.find("fast_preview_export"),
+        std::string::npos)
+        << "the configuration in force is still printed";
+}
+
+TEST_F(VelmoCommand, ThemePrintsTheNamedColoursOfAnAppearance) {
+    const CommandRun dark = runVelmo("theme --dark --json", "2>/dev/null");
+    ASSERT_EQ(dark.exitCode, 0);
+    const Dictionary colors = Json::parse(dark.output).dictionary();
+    EXPECT_EQ(colors.size(), 48u);
+    EXPECT_EQ(colors.get("panelBorder"),
+              Json::parse(R"({"red": 0.2627450980392157, "green": 0.2627450980392157,
+                                                         "blue": 0.2627450980392157, "alpha": 1})"));
+    EXPECT_TRUE(colors.get("textPropertyBackground").isNull());
+    EXPECT_EQ(colors.get("panelLabel").dictionary().get("alpha"), Value(1)) << "greys are given as RGB";
+
+    // No session bus to be found: the environment decides.
+    const std::string noBus = "DBUS_SESSION_BUS_ADDRESS= XDG_RUNTIME_DIR=";
+    const struct {
+        std::string arguments, environment;
+        int exitCode;
+        std::string says;
+    } cases[] = {
+        {"theme --bright", "", 0, "bright appearance (--bright)\n"},
+        {"theme --bright", "", 0, "  hoverFillColor               #45c0ff alpha 0.3\n"},
+        {"theme", noBus + " VELMO_APPEARANCE=dark", 0, "dark appearance (VELMO_APPEARANCE)\n"},
+        {"theme", noBus + " VELMO_APPEARANCE=", 0, "bright appearance (no preference found)\n"},
+        {"theme --dark --bright", "", 2, "--dark excludes --bright"},
+    };
+    for (const auto& c : cases) {
+        const CommandRun run = runVelmo(c.arguments, "2>&1", c.environment);
+        EXPECT_EQ(run.exitCode, c.exitCode) << c.arguments << "\n" << run.output;
+        EXPECT_NE(run.output.find(c.says), std::string::npos) << c.arguments << "\n" << run.output;
+    }
 }

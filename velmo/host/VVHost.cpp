@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "velmo/config/VPConfigManager.h"
 #include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
 #include "velmo/host/VVHostUserData.h"
@@ -36,6 +37,8 @@ constexpr Field kFields[] = {
      [](VVHost::Settings& s) -> std::string& { return s.config.hostVersion; }},
     {"userEmail", "VELMO_USER_EMAIL", [](VVHost::Settings& s) -> std::string& { return s.userEmail; }},
     {"userID", "VELMO_USER_ID", [](VVHost::Settings& s) -> std::string& { return s.userID; }},
+    {"remoteConfigBaseURL", "VELMO_CONFIG_URL",
+     [](VVHost::Settings& s) -> std::string& { return s.remoteConfigBaseURL; }},
 };
 
 const Field* fieldForKey(std::string_view key) {
@@ -90,7 +93,7 @@ std::filesystem::path VVHost::configPath() {
 }
 
 VVHost::Settings VVHost::load(const std::filesystem::path& file, std::vector<std::string>& warnings) {
-    Settings settings{VVHostClientConfig::defaults(), {}, {}};
+    Settings settings{VVHostClientConfig::defaults(), {}, {}, {}};
     readFile(file, settings, warnings);
     for (const Field& field : kFields) {
         // Set but empty counts: VELMO_LOGS_URL= turns logging off whatever the file says.
@@ -112,6 +115,7 @@ std::vector<std::string> VVHost::bind(const std::filesystem::path& file) {
     VVDI::shared().bindInstance(
         std::make_shared<VVHostUserData>(std::move(settings.userEmail), std::move(settings.userID)),
         kVVUserData);
+    VPConfigManager::setRemoteConfigBaseURL(std::move(settings.remoteConfigBaseURL));
     return warnings;
 }
 

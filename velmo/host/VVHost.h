@@ -13,16 +13,18 @@ namespace velmo {
 ///
 /// The file ("$VELMO_HOST_CONFIG", else "$VELMO_HOME/host.json") is an object whose keys are the
 /// names of the values: "logsURL", "clientVersion", "clientName", "clientID", "tempDir",
-/// "keyChainServiceName", "bundle", "hostVersion", "userEmail", "userID". The environment's
-/// VELMO_LOGS_URL, VELMO_CLIENT_VERSION, VELMO_CLIENT_NAME, VELMO_CLIENT_ID, VELMO_TEMP_DIR,
-/// VELMO_KEYCHAIN_SERVICE_NAME, VELMO_BUNDLE, VELMO_HOST_VERSION, VELMO_USER_EMAIL and
-/// VELMO_USER_ID win over the file.
+/// "keyChainServiceName", "bundle", "hostVersion", "userEmail", "userID", "remoteConfigBaseURL".
+/// The environment's VELMO_LOGS_URL, VELMO_CLIENT_VERSION, VELMO_CLIENT_NAME, VELMO_CLIENT_ID,
+/// VELMO_TEMP_DIR, VELMO_KEYCHAIN_SERVICE_NAME, VELMO_BUNDLE, VELMO_HOST_VERSION, VELMO_USER_EMAIL,
+/// VELMO_USER_ID and VELMO_CONFIG_URL win over the file.
 class VVHost {
 public:
     struct Settings {
         VVHostClientConfig::Values config;
         std::string userEmail;
         std::string userID;
+        /// The object store of the remote configuration document; none by default.
+        std::string remoteConfigBaseURL;
     };
 
     static std::filesystem::path configPath();
@@ -31,8 +33,9 @@ public:
     /// be read or parsed, and keys that are unknown or not strings, are skipped with a warning.
     static Settings load(const std::filesystem::path& file, std::vector<std::string>& warnings);
 
-    /// Loads the settings and binds the client configuration and the user. A host calls it once,
-    /// at start, before any other use of the library. Returns the warnings of `load`.
+    /// Loads the settings, binds the client configuration and the user, and gives the
+    /// configuration manager its object store. A host calls it once, at start, before any other
+    /// use of the library. Returns the warnings of `load`.
     static std::vector<std::string> bind();
     static std::vector<std::string> bind(const std::filesystem::path& file);
 };

@@ -4,17 +4,20 @@
 #include <type_traits>
 #include <utility>
 
+#include "velmo/config/VPConfigManager.h"
+#include "velmo/config/VPPluginConfigManager.h"
+
 namespace velmo {
 
 // The library's own bindings. They are made here, in one explicit list, and not by static
 // initialisers in each class's file: a static library's linker drops files that nothing names, and
 // their bindings with them. Order matters where two classes bind one interface: the later one
 // stands (the plugin configuration manager after the configuration manager). Each class of the
-// library that binds adds its line here as it lands, e.g.
-//     di.bindClass(&VPConfigManager::classObject(), kVVConfigManagerInterface);
+// library that binds adds its line here as it lands.
 // Don't call `shared()` from here: the registry is still being made.
 void VVDI::bindLibraryClasses(VVDI& di) {
-    static_cast<void>(di);
+    di.bindClass(&VPConfigManager::classObject(), kVVConfigManagerInterface);
+    di.bindClass(&VPPluginConfigManager::classObject(), kVVConfigManagerInterface);
 }
 
 VVDI& VVDI::shared() {
@@ -30,7 +33,8 @@ VVDI& VVDI::shared() {
 namespace {
 
 // The bound object, or null.
-template <class Entry> auto boundObject(const VVDI::Bindings<Entry>& bindings, std::string_view protocol)
+template <class Entry>
+auto boundObject(const VVDI::Bindings<Entry>& bindings, std::string_view protocol)
     -> std::decay_t<decltype(std::declval<Entry>().object())> {
     const auto it = bindings.find(protocol);
     return it == bindings.end() ? nullptr : it->second.object();
