@@ -74,10 +74,8 @@ int main(int argc, char** argv) {
                "Run 'velmo COMMAND --help' for the options of a command.");
 
     std::vector<velmo::cli::CommandRun> runs = {
-        velmo::cli::addJsonCommand(app),
-        velmo::cli::addTreeCommand(app),
-        velmo::cli::addZipCommand(app),
-        velmo::cli::addUnzipCommand(app),
+        velmo::cli::addJsonCommand(app), velmo::cli::addTreeCommand(app),  velmo::cli::addInfoCommand(app),
+        velmo::cli::addZipCommand(app),  velmo::cli::addUnzipCommand(app),
     };
     std::vector<Subcommand> commands;
     const auto added = app.get_subcommands([](const CLI::App*) { return true; });
