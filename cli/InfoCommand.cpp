@@ -42,7 +42,8 @@ struct Census {
 };
 
 std::int64_t countViews(const Array& list) {
-    return std::count_if(list.begin(), list.end(), [](const Value& v) { return v.objectAs<VDModelView>(); });
+    return std::count_if(list.begin(), list.end(),
+                         [](const Value& v) { return v.objectAs<VDModelView>() != nullptr; });
 }
 
 // One walk: every model is visited once, as `enumerateModelsWithBlock` visits it, but the
@@ -76,7 +77,7 @@ Census takeCensus(VDModelApp& app) {
             VDModel::enumerateModelsForItem(value, visit);
             continue;
         }
-        // Screens are counted into the list first: the pointers into it must not move.
+        // The list is complete before the walk, so that the pointers into it stay valid.
         const Array& screens = value.array();
         census.screens.reserve(screens.size());
         for (const Value& v : screens) {

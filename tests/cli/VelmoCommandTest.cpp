@@ -409,6 +409,7 @@ TEST_F(VelmoCommand, InfoCountsEachScreensTreeAndNamesClashingIdentifiers) {
         {"info " + shop, 0, "  cart \"Cart\" 375x667 [screen_2]: 2 views, 0 states, 0 transitions\n"},
         {"info " + shop, 0, "identifiers held by more than one object: View_1\n"},
         {"info - < " + shop, 0, "  VDModelViewState              3\n"},
+        {"json --compact " + shop, 0, R"("model_class":"VDModelApp")"},
         {"info --json - < " + kExamples + "/view-tree.json", 1,
          "not a whole document: the top level is a VDModelView, not a VDModelApp ('velmo tree'"},
         {"info " + kExamples + "/document.json", 1, "the top level is a VDModelTheme, not a VDModelApp"},
