@@ -19,6 +19,7 @@ using CommandRun = std::function<int()>;
 /// Each adds its subcommand to the app and gives the work to run when it is chosen.
 CommandRun addJsonCommand(CLI::App& app);
 CommandRun addTreeCommand(CLI::App& app);
+CommandRun addInfoCommand(CLI::App& app);
 CommandRun addZipCommand(CLI::App& app);
 CommandRun addUnzipCommand(CLI::App& app);
 CommandRun addConfigCommand(CLI::App& app);

@@ -99,7 +99,7 @@ TEST_F(VelmoCommand, DocumentsAreReadFromAnyInputOrRefusedWithTheReason) {
         {"json " + file("list.json", "[1, 2]"), 1, "not a known model class"},
         {"json", 2, "FILE is required"},
         {"frobnicate", 2,
-         "unknown command 'frobnicate'; the commands are json, tree, zip, unzip, config, theme"},
+         "unknown command 'frobnicate'; the commands are json, tree, info, zip, unzip, config, theme"},
         {"", 2, "no command given"},
     });
     if (::geteuid() != 0) {
@@ -443,4 +443,87 @@ TEST_F(VelmoCommand, ThemePrintsTheNamedColoursOfAnAppearance) {
         EXPECT_EQ(run.exitCode, c.exitCode) << c.arguments << "\n" << run.output;
         EXPECT_NE(run.output.find(c.says), std::string::npos) << c.arguments << "\n" << run.output;
     }
+}
+
+namespace {
+
+// Two screens, states on a screen and on a view below it, a transition on the first screen, and
+// "View_1" carried by a view of each screen.
+const char* const kShop = R"({"model_class": "VDModelApp", "name": "Shop", "screens": [
+  {"model_class": "VDModelScreen", "modelID": "screen_1", "variableID": "home", "viewName": "Home",
+   "width": 390, "height": 844.5,
+   "states": [{"model_class": "VDModelViewState", "name": "idle"},
+              {"model_class": "VDModelViewState", "name": "open", "overrides": {"this;menu": {"x": 0}}}],
+   "actions": [{"model_class": "VDModelActionScriptAnimation", "modelID": "Transition_1", "name": "open",
+                "originStateName": "idle", "targetStateName": "open",
+                "listeners": [{"model_class": "VDModelEventListener", "event": "click", "target": "this;menu"}],
+                "timelines": [{"model_class": "VDModelAnimationTimeline", "target": "this;menu",
+                               "animations": [{"model_class": "VDModelAnimation", "state": {"x": 0}}]}]}],
+   "subviews": [{"model_class": "VDModelView", "modelID": "View_1", "variableID": "menu", "x": -200,
+                 "states": [{"model_class": "VDModelViewState", "name": "folded"}],
+                 "subviews": [{"model_class": "VDModelView", "modelID": "View_2", "variableID": "item"}]}]},
+  {"model_class": "VDModelScreen", "modelID": "screen_2", "variableID": "cart", "viewName": "Cart",
+   "subviews": [{"model_class": "VDModelView", "modelID": "View_1", "variableID": "total"}]}],
+ "views": [{"model_class": "VDModelView", "modelID": "View_3"}],
+ "components": [{"model_class": "VDModelView", "modelID": "View_4"}, {"model_class": "VDModelView", "modelID": "View_5"}]
+})";
+
+std::vector<std::string> keysOf(const Dictionary& d) {
+    std::vector<std::string> keys;
+    for (const auto& e : d)
+        keys.push_back(e.key.str());
+    return keys;
+}
+
+} // namespace
+
+TEST_F(VelmoCommand, InfoCountsEachScreensTreeAndNamesClashingIdentifiers) {
+    const std::string shop = file("shop.json", kShop);
+    const CommandRun json = runVelmo("info --json " + shop);
+    ASSERT_EQ(json.exitCode, 0) << json.output;
+    const Dictionary info = Json::parse(json.output).dictionary();
+    // Scripts rely on exactly these keys, in this order.
+    EXPECT_EQ(keysOf(info), (std::vector<std::string>{"name", "screens", "freeViews", "components", "classes",
+                                                      "clashingIDs"}));
+    EXPECT_EQ(info.get("name"), Value("Shop"));
+    EXPECT_EQ(info.get("screens"), Json::parse(R"([
+        {"name": "Home", "modelID": "screen_1", "width": 390, "height": 844.5, "views": 3, "states": 3,
+         "transitions": 1},
+        {"name": "Cart", "modelID": "screen_2", "width": 375, "height": 667, "views": 2, "states": 0,
+         "transitions": 0}])"));
+    EXPECT_EQ(info.get("freeViews"), Value(1));
+    EXPECT_EQ(info.get("components"), Value(2));
+    EXPECT_EQ(info.get("clashingIDs"), Json::parse(R"(["View_1"])"));
+    const Dictionary classes = info.get("classes").dictionary();
+    for (const auto& [name, count] : std::vector<std::pair<std::string, int>>{
+             {"VDModelApp", 1},
+             {"VDModelScreen", 2},
+             {"VDModelView", 6}, // screens' views, the free view and the components; screens apart
+             {"VDModelViewState", 3},
+             {"VDModelActionScriptAnimation", 1},
+             {"VDModelEventListener", 1},
+             {"VDModelAnimationTimeline", 1},
+             {"VDModelAnimation", 1},
+             {"VDModelTheme", 1},
+         }) {
+        EXPECT_EQ(classes.get(name), Value(count)) << name;
+    }
+    std::vector<std::string> names = keysOf(classes);
+    EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
+
+    expectAll({
+        {"info " + shop, 0, "\"Shop\": 2 screens, 1 free view, 2 components, "},
+        {"info " + shop, 0, "  home \"Home\" 390x844.5 [screen_1]: 3 views, 3 states, 1 transition\n"},
+        {"info " + shop, 0, "  cart \"Cart\" 375x667 [screen_2]: 2 views, 0 states, 0 transitions\n"},
+        {"info " + shop, 0, "identifiers held by more than one object: View_1\n"},
+        {"info - < " + shop, 0, "  VDModelViewState              3\n"},
+        {"json --compact " + shop, 0, R"("model_class":"VDModelApp")"},
+        {"info --json - < " + kExamples + "/view-tree.json", 1,
+         "not a whole document: the top level is a VDModelView, not a VDModelApp ('velmo tree'"},
+        {"info " + kExamples + "/document.json", 1, "the top level is a VDModelTheme, not a VDModelApp"},
+        {"info " + path("none.json"), 2, "cannot read " + path("none.json")},
+        {"info - < " + file("bad.json", "{\"model_class\": \"VDModelApp\""), 2, "malformed JSON at offset"},
+        {"info " + file("plain.json", R"({"model_class": "VDModelApp", "screens": [], "views": []})"), 0,
+         "\"Untitled\": 0 screens, 0 free views, 0 components, "},
+    });
 }
