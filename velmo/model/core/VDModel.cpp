@@ -320,7 +320,8 @@ void VDModel::enumerateModelsWithBlock(const ModelBlock& block) {
 void VDModel::enumerateModelsForItem(const Value& item, const ModelBlock& block) {
     switch (item.kind()) {
     case Value::Kind::Model: {
-        const auto model = item.objectAs<VDModel>();
+        // The kind guarantees a model: no cast to find out, on a walk that visits every object.
+        const auto model = std::static_pointer_cast<VDModel>(item.object());
         block(model);
         for (const VDField* f : model->fields()) {
             if (f->mayHoldModels()) enumerateModelsForItem(f->get(*model), block);

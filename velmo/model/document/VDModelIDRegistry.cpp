@@ -1,8 +1,7 @@
 #include "velmo/model/document/VDModelIDRegistry.h"
 
 #include <algorithm>
-
-#include <fmt/format.h>
+#include <charconv>
 
 namespace velmo {
 
@@ -19,12 +18,7 @@ void VDModelIDRegistry::add(std::string_view identifier) {
         order_.emplace_back(key);
     }
     found->second.identifiers.emplace_back(identifier);
-    auto count = found->second.counts.find(identifier);
-    if (count == found->second.counts.end()) {
-        found->second.counts.emplace(std::string(identifier), 1);
-    } else {
-        ++count->second;
-    }
+    ++found->second.counts.try_emplace(found->second.identifiers.back(), 0).first->second;
 }
 
 void VDModelIDRegistry::removeAll(std::string_view identifier) {
@@ -51,8 +45,14 @@ std::string VDModelIDRegistry::nextIdentifier(std::string_view prefix) const {
     const auto found = groups_.find(prefix);
     // Numbering starts from the group's size, not its highest number: gaps below it stay.
     std::size_t n = found == groups_.end() ? 0 : found->second.identifiers.size();
+    std::string candidate(prefix);
+    candidate += '_';
+    const std::size_t stem = candidate.size();
     for (;;) {
-        std::string candidate = fmt::format("{}_{}", prefix, ++n);
+        char digits[24];
+        const auto end = std::to_chars(digits, digits + sizeof digits, ++n).ptr;
+        candidate.resize(stem);
+        candidate.append(digits, end);
         if (found == groups_.end() || !found->second.counts.contains(candidate)) return candidate;
     }
 }
