@@ -21,5 +21,9 @@ CommandRun addJsonCommand(CLI::App& app);
 CommandRun addTreeCommand(CLI::App& app);
 CommandRun addZipCommand(CLI::App& app);
 CommandRun addUnzipCommand(CLI::App& app);
+CommandRun addLoginCommand(CLI::App& app);
+CommandRun addLogoutCommand(CLI::App& app);
+CommandRun addTeamsCommand(CLI::App& app);
+CommandRun addProjectsCommand(CLI::App& app);
 
 } // namespace velmo::cli

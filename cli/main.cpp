@@ -78,6 +78,10 @@ int main(int argc, char** argv) {
         velmo::cli::addTreeCommand(app),
         velmo::cli::addZipCommand(app),
         velmo::cli::addUnzipCommand(app),
+        velmo::cli::addLoginCommand(app),
+        velmo::cli::addLogoutCommand(app),
+        velmo::cli::addTeamsCommand(app),
+        velmo::cli::addProjectsCommand(app),
     };
     std::vector<Subcommand> commands;
     const auto added = app.get_subcommands([](const CLI::App*) { return true; });

@@ -97,7 +97,9 @@ TEST_F(VelmoCommand, DocumentsAreReadFromAnyInputOrRefusedWithTheReason) {
          "not a known model class (\"Nope\")"},
         {"json " + file("list.json", "[1, 2]"), 1, "not a known model class"},
         {"json", 2, "FILE is required"},
-        {"frobnicate", 2, "unknown command 'frobnicate'; the commands are json, tree, zip, unzip"},
+        {"frobnicate", 2,
+         "unknown command 'frobnicate'; the commands are json, tree, zip, unzip, login, logout, teams, "
+         "projects"},
         {"", 2, "no command given"},
     });
     if (::geteuid() != 0) {

@@ -7,6 +7,7 @@
 
 #include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
+#include "velmo/host/VVHostAPIClient.h"
 #include "velmo/host/VVHostUserData.h"
 #include "velmo/runtime/VVDI.h"
 
@@ -36,6 +37,8 @@ constexpr Field kFields[] = {
      [](VVHost::Settings& s) -> std::string& { return s.config.hostVersion; }},
     {"userEmail", "VELMO_USER_EMAIL", [](VVHost::Settings& s) -> std::string& { return s.userEmail; }},
     {"userID", "VELMO_USER_ID", [](VVHost::Settings& s) -> std::string& { return s.userID; }},
+    {"customAPIBaseURL", "VELMO_API_URL",
+     [](VVHost::Settings& s) -> std::string& { return s.customAPIBaseURL; }},
 };
 
 const Field* fieldForKey(std::string_view key) {
@@ -90,7 +93,7 @@ std::filesystem::path VVHost::configPath() {
 }
 
 VVHost::Settings VVHost::load(const std::filesystem::path& file, std::vector<std::string>& warnings) {
-    Settings settings{VVHostClientConfig::defaults(), {}, {}};
+    Settings settings{VVHostClientConfig::defaults(), {}, {}, {}};
     readFile(file, settings, warnings);
     for (const Field& field : kFields) {
         // Set but empty counts: VELMO_LOGS_URL= turns logging off whatever the file says.
@@ -112,6 +115,8 @@ std::vector<std::string> VVHost::bind(const std::filesystem::path& file) {
     VVDI::shared().bindInstance(
         std::make_shared<VVHostUserData>(std::move(settings.userEmail), std::move(settings.userID)),
         kVVUserData);
+    VVDI::shared().bindClass(&VVHostAPIClient::classObject(), kVVAPIClientInterface);
+    if (!settings.customAPIBaseURL.empty()) VPBaseAPIClient::setCustomAPIBaseURL(settings.customAPIBaseURL);
     return warnings;
 }
 

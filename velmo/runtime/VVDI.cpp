@@ -4,6 +4,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "velmo/service/VPBaseAPIClient.h"
+
 namespace velmo {
 
 // The library's own bindings. They are made here, in one explicit list, and not by static
@@ -14,7 +16,7 @@ namespace velmo {
 //     di.bindClass(&VPConfigManager::classObject(), kVVConfigManagerInterface);
 // Don't call `shared()` from here: the registry is still being made.
 void VVDI::bindLibraryClasses(VVDI& di) {
-    static_cast<void>(di);
+    di.bindClass(&VPBaseAPIClient::classObject(), kVVAPIClientInterface);
 }
 
 VVDI& VVDI::shared() {
