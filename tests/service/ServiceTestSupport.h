@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -42,14 +43,19 @@ protected:
 };
 
 /// Binds a client configuration whose token store name is `keyChainServiceName`. Registry bindings
-/// live for the process, so each call leaves its configuration behind.
+/// live for the process, so each configuration is made once and kept.
 inline void bindClientConfig(const std::string& keyChainServiceName = kVPTokenKeychainService) {
-    VVHostClientConfig::Values values;
-    values.clientID = "client-42";
-    values.hostVersion = "99.1";
-    values.clientName = "ServiceTests";
-    values.keyChainServiceName = keyChainServiceName;
-    VVDI::shared().bindClass(new VVHostClientConfig(values), kVVClientConfigInterface);
+    static auto* configs = new std::map<std::string, std::unique_ptr<VVHostClientConfig>>();
+    auto& config = (*configs)[keyChainServiceName];
+    if (!config) {
+        VVHostClientConfig::Values values;
+        values.clientID = "client-42";
+        values.hostVersion = "99.1";
+        values.clientName = "ServiceTests";
+        values.keyChainServiceName = keyChainServiceName;
+        config = std::make_unique<VVHostClientConfig>(values);
+    }
+    VVDI::shared().bindClass(config.get(), kVVClientConfigInterface);
 }
 
 /// The process's shared client, made once as a `TestAPIClient` with the test configuration.

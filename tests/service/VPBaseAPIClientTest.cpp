@@ -115,7 +115,7 @@ TEST(VPBaseAPIClientText, ACustomBaseReplacesBothServiceBasesButNotTheWebApplica
     EXPECT_EQ(VPBaseAPIClient::apiBaseURL(), kVPDefaultAPIBaseURL);
 }
 
-TEST_F(ServiceTest, BodiesAreFormsUntilACallSwitchesToJSONAndJSONFromThenOn) {
+TEST_F(ServiceTest, BodiesAreFormsUntilACallSwitchesToJSONAndJSONFromThenOnAtEachCallsPath) {
     for (const char* method : {"POST", "PUT"})
         peer.handle(method, ".*", answer(200, R"({"id":"x"})"));
     startPeer();
@@ -124,6 +124,9 @@ TEST_F(ServiceTest, BodiesAreFormsUntilACallSwitchesToJSONAndJSONFromThenOn) {
         std::string target;
         std::string contentType;
         std::string body; // a form as it is sent, JSON as a value
+    };
+    const auto rated = [](Outcome& o) {
+        return [completion = o.completion()](VPErrorPtr error) { completion(Value(), std::move(error)); };
     };
     const std::vector<Call> calls = {
         {[&](Outcome& o) { client->sendClientInstallation(o.completion()); }, "/v2/users/me/installations",
@@ -138,6 +141,12 @@ TEST_F(ServiceTest, BodiesAreFormsUntilACallSwitchesToJSONAndJSONFromThenOn) {
          "application/json", R"({"client_id":"client-42"})"},
         {[&](Outcome& o) { client->createProjectWithName("Site", "t1", o.completion()); },
          "/v2/teams/t1/projects", "application/json", R"({"name":"Site","team":{"type":"teams","id":"t1"}})"},
+        {[&](Outcome& o) { client->sendPreviewRate(4, "r9", true, "ok", rated(o)); },
+         "/v2/releases/r9/preview_ratings", "application/json", R"({"comment":"ok","rating":4})"},
+        {[&](Outcome& o) { client->sendPreviewRate(2, "p1", false, "", rated(o)); },
+         "/v2/projects/p1/preview_ratings", "application/json", R"({"comment":"","rating":2})"},
+        {[&](Outcome& o) { client->sendPreviewRate(5, "", true, "", rated(o)); }, "/v2/preview_ratings",
+         "application/json", R"({"comment":"","rating":5})"},
         {[&](Outcome& o) {
              client->syncRelease(json(R"({"project":"p1","id":"r1"})").dictionary(), o.completion());
          },
@@ -163,31 +172,8 @@ TEST_F(ServiceTest, BodiesAreFormsUntilACallSwitchesToJSONAndJSONFromThenOn) {
     EXPECT_EQ(sent[sent.size() - 2].target, "/v2/projects/p1/project_releases/");
     EXPECT_EQ(json(sent[sent.size() - 2].body), json(R"({"release":{"type":"releases","id":"r1"}})"));
     EXPECT_EQ(sent.back().method, "PUT");
-}
-
-TEST_F(ServiceTest, PreviewRatingsGoToTheReleaseTheProjectOrNoneAndNeedFeedback) {
-    peer.handle("POST", ".*", answer(201, "{}"));
-    startPeer();
-    struct Rating {
-        std::string identifier;
-        bool useRelease;
-        std::string target;
-    };
-    for (const Rating& rating : std::vector<Rating>{{"r9", true, "/v2/releases/r9/preview_ratings"},
-                                                    {"p1", false, "/v2/projects/p1/preview_ratings"},
-                                                    {"", true, "/v2/preview_ratings"}}) {
-        int calls = 0;
-        VPErrorPtr error = VPError::make("unset", 0);
-        client->sendPreviewRate(4, rating.identifier, rating.useRelease, "", [&](VPErrorPtr e) {
-            ++calls;
-            error = std::move(e);
-        });
-        ASSERT_TRUE(runMainLoopUntil([&] { return calls > 0; }, std::chrono::seconds(10)));
-        EXPECT_EQ(error, nullptr);
-        EXPECT_EQ(peer.requests().back().target, rating.target);
-        EXPECT_EQ(json(peer.requests().back().body), json(R"({"comment":"","rating":4})"));
-    }
-    EXPECT_THROW(client->sendPreviewRate(1, "r9", true, std::nullopt, nullptr), std::invalid_argument);
+    EXPECT_THROW(client->sendPreviewRate(1, "r9", true, std::nullopt, nullptr), std::invalid_argument)
+        << "a rating always carries its feedback";
 }
 
 TEST_F(ServiceTest, CallbacksLiftTheServicesMessageExceptWhereTheyPassWhatArrived) {
