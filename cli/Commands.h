@@ -24,5 +24,9 @@ CommandRun addZipCommand(CLI::App& app);
 CommandRun addUnzipCommand(CLI::App& app);
 CommandRun addConfigCommand(CLI::App& app);
 CommandRun addThemeCommand(CLI::App& app);
+CommandRun addLoginCommand(CLI::App& app);
+CommandRun addLogoutCommand(CLI::App& app);
+CommandRun addTeamsCommand(CLI::App& app);
+CommandRun addProjectsCommand(CLI::App& app);
 
 } // namespace velmo::cli

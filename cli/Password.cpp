@@ -86,6 +86,10 @@ const char* Password::help() {
            "else none.";
 }
 
+std::optional<std::string> Password::readSecret(const char* prompt) {
+    return ::isatty(STDIN_FILENO) == 1 ? ask(prompt) : readLine();
+}
+
 std::optional<std::string> Password::resolve(bool given, const std::string& option, bool confirm) {
     if (!given) {
         // Set but empty is the way to clear it for one run: no password.

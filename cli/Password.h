@@ -20,6 +20,10 @@ public:
     /// with `confirm`, a password typed at a terminal is asked twice. Nothing, after a message,
     /// when no password could be read.
     static std::optional<std::string> resolve(bool given, const std::string& option, bool confirm);
+
+    /// A secret given as "-": a line of standard input, or asked at the terminal without echo
+    /// when standard input is one. Nothing at the end of the input.
+    static std::optional<std::string> readSecret(const char* prompt);
 };
 
 } // namespace velmo::cli

@@ -99,7 +99,8 @@ TEST_F(VelmoCommand, DocumentsAreReadFromAnyInputOrRefusedWithTheReason) {
         {"json " + file("list.json", "[1, 2]"), 1, "not a known model class"},
         {"json", 2, "FILE is required"},
         {"frobnicate", 2,
-         "unknown command 'frobnicate'; the commands are json, tree, info, zip, unzip, config, theme"},
+         "unknown command 'frobnicate'; the commands are json, tree, info, zip, unzip, config, theme, login, "
+         "logout, teams, projects"},
         {"", 2, "no command given"},
     });
     if (::geteuid() != 0) {

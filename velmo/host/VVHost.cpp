@@ -8,6 +8,7 @@
 #include "velmo/config/VPConfigManager.h"
 #include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
+#include "velmo/host/VVHostAPIClient.h"
 #include "velmo/host/VVHostUserData.h"
 #include "velmo/runtime/VVDI.h"
 
@@ -39,6 +40,8 @@ constexpr Field kFields[] = {
     {"userID", "VELMO_USER_ID", [](VVHost::Settings& s) -> std::string& { return s.userID; }},
     {"remoteConfigBaseURL", "VELMO_CONFIG_URL",
      [](VVHost::Settings& s) -> std::string& { return s.remoteConfigBaseURL; }},
+    {"customAPIBaseURL", "VELMO_API_URL",
+     [](VVHost::Settings& s) -> std::string& { return s.customAPIBaseURL; }},
 };
 
 const Field* fieldForKey(std::string_view key) {
@@ -93,7 +96,7 @@ std::filesystem::path VVHost::configPath() {
 }
 
 VVHost::Settings VVHost::load(const std::filesystem::path& file, std::vector<std::string>& warnings) {
-    Settings settings{VVHostClientConfig::defaults(), {}, {}, {}};
+    Settings settings{VVHostClientConfig::defaults(), {}, {}, {}, {}};
     readFile(file, settings, warnings);
     for (const Field& field : kFields) {
         // Set but empty counts: VELMO_LOGS_URL= turns logging off whatever the file says.
@@ -116,6 +119,8 @@ std::vector<std::string> VVHost::bind(const std::filesystem::path& file) {
         std::make_shared<VVHostUserData>(std::move(settings.userEmail), std::move(settings.userID)),
         kVVUserData);
     VPConfigManager::setRemoteConfigBaseURL(std::move(settings.remoteConfigBaseURL));
+    VVDI::shared().bindClass(&VVHostAPIClient::classObject(), kVVAPIClientInterface);
+    if (!settings.customAPIBaseURL.empty()) VPBaseAPIClient::setCustomAPIBaseURL(settings.customAPIBaseURL);
     return warnings;
 }
 

@@ -6,6 +6,7 @@
 
 #include "velmo/config/VPConfigManager.h"
 #include "velmo/config/VPPluginConfigManager.h"
+#include "velmo/service/VPBaseAPIClient.h"
 
 namespace velmo {
 
@@ -18,6 +19,7 @@ namespace velmo {
 void VVDI::bindLibraryClasses(VVDI& di) {
     di.bindClass(&VPConfigManager::classObject(), kVVConfigManagerInterface);
     di.bindClass(&VPPluginConfigManager::classObject(), kVVConfigManagerInterface);
+    di.bindClass(&VPBaseAPIClient::classObject(), kVVAPIClientInterface);
 }
 
 VVDI& VVDI::shared() {

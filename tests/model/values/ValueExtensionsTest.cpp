@@ -110,16 +110,6 @@ TEST(DictionaryExtensions, SettersThatSkipNothingness) {
     EXPECT_TRUE(d.contains("x"));
 }
 
-TEST(DictionaryExtensions, ProjectRecords) {
-    setCachedTeamsSource(
-        [] { return json(R"([{"team":7,"team_name":"Seven"},{"team":8,"team_name":"Eight"}])").array(); });
-    EXPECT_EQ(_projectDic_teamName(json(R"({"name":"p"})").dictionary()), "Personal");
-    EXPECT_EQ(_projectDic_teamName(json(R"({"team":8})").dictionary()), "Eight");
-    EXPECT_EQ(_projectDic_teamName(json(R"({"team":9})").dictionary()), "");
-    EXPECT_EQ(_projectDic_projectName(json(R"({"name":"p"})").dictionary()), Value("p"));
-    setCachedTeamsSource(nullptr);
-}
-
 TEST(DictionaryExtensions, MutableFormsLogEachValue) {
     std::vector<std::string> lines;
     auto previous = SystemLog::setSink([&](std::string_view line) { lines.emplace_back(line); });

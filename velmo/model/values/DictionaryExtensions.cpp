@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <mutex>
 #include <optional>
 
 #include <fmt/format.h>
@@ -198,46 +197,6 @@ Array _vp_arrayForKey(const Dictionary& receiver, std::string_view key) {
 
 Dictionary _vp_dicFromData(std::string_view bytes) {
     return Json::tryParse(bytes, Json::ReadOptions{.allowFragments = true}).dictionary();
-}
-
-Value _projectDic_teamID(const Dictionary& project) {
-    return project.get("team");
-}
-
-Value _projectDic_projectName(const Dictionary& project) {
-    return project.get("name");
-}
-
-namespace {
-std::mutex& teamsMutex() {
-    static std::mutex m;
-    return m;
-}
-std::function<Array()>& teamsSource() {
-    static std::function<Array()> source;
-    return source;
-}
-} // namespace
-
-void setCachedTeamsSource(std::function<Array()> source) {
-    std::lock_guard lock(teamsMutex());
-    teamsSource() = std::move(source);
-}
-
-std::string _projectDic_teamName(const Dictionary& project) {
-    const Value& team = project.get("team");
-    if (team.isNone()) return "Personal";
-    std::function<Array()> source;
-    {
-        std::lock_guard lock(teamsMutex());
-        source = teamsSource();
-    }
-    const Array teams = source ? source() : Array();
-    for (const Value& cached : teams) {
-        const Dictionary record = cached.dictionary();
-        if (record.get("team") == team) return record.get("team_name").str();
-    }
-    return std::string();
 }
 
 } // namespace velmo

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -54,15 +53,5 @@ Dictionary _vp_dicForKey(const Dictionary& receiver, std::string_view key);
 Array _vp_arrayForKey(const Dictionary& receiver, std::string_view key);
 /// A dictionary parsed from JSON bytes; nil for anything else or a parse failure.
 Dictionary _vp_dicFromData(std::string_view bytes);
-
-/// The project record's "team".
-Value _projectDic_teamID(const Dictionary& project);
-/// The project record's "name".
-Value _projectDic_projectName(const Dictionary& project);
-/// "Personal" without a team; otherwise the "team_name" of the first cached team whose "team"
-/// equals it; the empty string when no cached team matches.
-std::string _projectDic_teamName(const Dictionary& project);
-/// Where `_projectDic_teamName` finds the cached teams: the account cache sets it when it starts.
-void setCachedTeamsSource(std::function<Array()> source);
 
 } // namespace velmo
