@@ -23,5 +23,6 @@ CommandRun addZipCommand(CLI::App& app);
 CommandRun addUnzipCommand(CLI::App& app);
 CommandRun addConfigCommand(CLI::App& app);
 CommandRun addThemeCommand(CLI::App& app);
+CommandRun addRepairCommand(CLI::App& app);
 
 } // namespace velmo::cli

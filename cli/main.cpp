@@ -74,8 +74,10 @@ int main(int argc, char** argv) {
                "Run 'velmo COMMAND --help' for the options of a command.");
 
     std::vector<velmo::cli::CommandRun> runs = {
-        velmo::cli::addJsonCommand(app),  velmo::cli::addTreeCommand(app),   velmo::cli::addZipCommand(app),
-        velmo::cli::addUnzipCommand(app), velmo::cli::addConfigCommand(app), velmo::cli::addThemeCommand(app),
+        velmo::cli::addJsonCommand(app),   velmo::cli::addTreeCommand(app),
+        velmo::cli::addZipCommand(app),    velmo::cli::addUnzipCommand(app),
+        velmo::cli::addConfigCommand(app), velmo::cli::addThemeCommand(app),
+        velmo::cli::addRepairCommand(app),
     };
     std::vector<Subcommand> commands;
     const auto added = app.get_subcommands([](const CLI::App*) { return true; });
