@@ -28,5 +28,6 @@ CommandRun addLoginCommand(CLI::App& app);
 CommandRun addLogoutCommand(CLI::App& app);
 CommandRun addTeamsCommand(CLI::App& app);
 CommandRun addProjectsCommand(CLI::App& app);
+CommandRun addRepairCommand(CLI::App& app);
 
 } // namespace velmo::cli

@@ -45,6 +45,10 @@ void Console::error(std::string_view text) {
     writeError(fmt::format("velmo: {}\n", text));
 }
 
+void Console::note(std::string_view text) {
+    if (!quiet()) writeError(text);
+}
+
 void Console::warning(std::string_view text) {
     if (!quiet()) writeError(fmt::format("velmo: warning: {}\n", text));
 }

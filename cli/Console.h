@@ -32,6 +32,9 @@ public:
     static void summary(std::string_view text);
     /// "velmo: <text>" on standard error, whatever the verbosity.
     static void error(std::string_view text);
+    /// A report on standard error as it is, unless quiet: for commands whose standard output
+    /// carries a document.
+    static void note(std::string_view text);
     /// "velmo: warning: <text>" on standard error, unless quiet.
     static void warning(std::string_view text);
 

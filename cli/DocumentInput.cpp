@@ -1,6 +1,10 @@
 #include "DocumentInput.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
 
 #include <unistd.h>
 
@@ -61,6 +65,37 @@ std::shared_ptr<VDModel> readDocument(const std::string& file, int& exitCode) {
         exitCode = kExitFailure;
     }
     return model;
+}
+
+bool writeOutputFile(const std::string& file, std::string_view text) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const fs::file_status status = fs::status(file, error);
+    // Renaming a file over a folder fails with a reason that names neither.
+    if (fs::is_directory(status)) {
+        Console::error(fmt::format("cannot write {}: Is a directory", file));
+        return false;
+    }
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        errno = 0;
+        std::FILE* out = std::fopen(file.c_str(), "wb");
+        bool written = out && std::fwrite(text.data(), 1, text.size(), out) == text.size();
+        int reason = written ? 0 : errno;
+        if (out && std::fclose(out) != 0 && written) {
+            written = false;
+            reason = errno;
+        }
+        if (!written) {
+            Console::error(fmt::format("cannot write {}: {}", file, std::strerror(reason ? reason : EIO)));
+            return false;
+        }
+        return true;
+    }
+    if (!Files::writeAtomically(file, text, 0644, error)) {
+        Console::error(fmt::format("cannot write {}: {}", file, error.message()));
+        return false;
+    }
+    return true;
 }
 
 } // namespace velmo::cli

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include <fmt/format.h>
@@ -46,15 +47,17 @@ std::int64_t countViews(const Array& list) {
                          [](const Value& v) { return v.objectAs<VDModelView>() != nullptr; });
 }
 
-// One walk: every model is visited once, as `enumerateModelsWithBlock` visits it, but the
-// document's fields are taken one by one so that each screen's tree is walked by itself and
-// counted for that screen too.
+// One walk, as `enumerateModelsWithBlock` makes it, but the document's fields taken one by one so
+// that each screen's tree is walked by itself and counted for that screen too. An object that
+// two fields reach (a table's cells are also its subviews) counts once.
 Census takeCensus(VDModelApp& app) {
     Census census;
     std::unordered_map<const VDModelClass*, std::int64_t> byClass;
     std::unordered_map<std::string, std::uint32_t> holders;
+    std::unordered_set<const VDModel*> seen;
     ScreenCount* current = nullptr;
     const VDModel::ModelBlock visit = [&](const std::shared_ptr<VDModel>& model) {
+        if (!seen.insert(model.get()).second) return;
         ++byClass[&model->modelClass()];
         if (const auto& id = model->modelID(); id && !id->empty()) {
             if (++holders[*id] == 2) census.clashingIDs.push_back(*id);

@@ -1,5 +1,4 @@
 // velmo json FILE [--compact] [-o OUT]: decode a document and print its JSON again.
-#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -8,7 +7,6 @@
 #include "Commands.h"
 #include "Console.h"
 #include "DocumentInput.h"
-#include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
 
 namespace velmo::cli {
@@ -44,17 +42,8 @@ int runJson(const JsonOptions& o) {
         Console::out(json);
         return kExitOK;
     }
-    std::error_code error;
-    // Renaming a file over a folder fails with a reason that names neither.
-    if (std::filesystem::is_directory(o.output, error)) {
-        Console::error(fmt::format("cannot write {}: Is a directory", o.output));
-        return kExitFailure;
-    }
     // Beside the target and renamed into place: a failed write leaves the old file as it was.
-    if (!Files::writeAtomically(o.output, json, 0644, error)) {
-        Console::error(fmt::format("cannot write {}: {}", o.output, error.message()));
-        return kExitFailure;
-    }
+    if (!writeOutputFile(o.output, json)) return kExitFailure;
     return kExitOK;
 }
 

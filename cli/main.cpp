@@ -79,7 +79,7 @@ int main(int argc, char** argv) {
         velmo::cli::addUnzipCommand(app),    velmo::cli::addConfigCommand(app),
         velmo::cli::addThemeCommand(app),    velmo::cli::addLoginCommand(app),
         velmo::cli::addLogoutCommand(app),   velmo::cli::addTeamsCommand(app),
-        velmo::cli::addProjectsCommand(app),
+        velmo::cli::addProjectsCommand(app), velmo::cli::addRepairCommand(app),
     };
     std::vector<Subcommand> commands;
     const auto added = app.get_subcommands([](const CLI::App*) { return true; });

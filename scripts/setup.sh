@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Sets up a Debian 12 machine for Velmo and runs the main job on the bundled example:
 # installs the Debian packages the project needs (idempotent), configures and builds the
-# release preset, then decodes and re-encodes examples/document.json with `velmo json`.
+# release preset, then repairs the sample document, examples/document.json, with `velmo repair` and
+# shows what it holds with `velmo info`.
 #
 #   scripts/setup.sh            install, build, run the example
 #   scripts/setup.sh --deps     install the packages only
@@ -39,5 +40,5 @@ fi
 
 cmake --preset release >/dev/null
 cmake --build --preset release --target velmo_cli
-./build/release/cli/velmo json examples/document.json
-./build/release/cli/velmo tree examples/view-tree.json
+./build/release/cli/velmo repair examples/document.json -o build/release/document.json
+./build/release/cli/velmo info build/release/document.json

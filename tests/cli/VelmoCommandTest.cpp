@@ -1,11 +1,15 @@
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
+#include <initializer_list>
 #include <random>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -85,8 +89,8 @@ protected:
 TEST_F(VelmoCommand, DocumentsAreReadFromAnyInputOrRefusedWithTheReason) {
     const std::string example = kExamples + "/document.json";
     expectAll({
-        {"json " + example, 0, "\"model_class\": \"VDModelTheme\""},
-        {"json - < " + example, 0, "\"model_class\": \"VDModelTheme\""},
+        {"json " + example, 0, "\"model_class\": \"VDModelApp\""},
+        {"json - < " + example, 0, "\"model_class\": \"VDModelApp\""},
         {"tree - < " + kExamples + "/view-tree.json", 0, "path=\"form;submit\""},
         {"json " + path("none.json"), 2, "cannot read " + path("none.json") + ": No such file or directory"},
         {"json " + dir_.string(), 2, "cannot read " + dir_.string() + ": Is a directory"},
@@ -100,7 +104,7 @@ TEST_F(VelmoCommand, DocumentsAreReadFromAnyInputOrRefusedWithTheReason) {
         {"json", 2, "FILE is required"},
         {"frobnicate", 2,
          "unknown command 'frobnicate'; the commands are json, tree, info, zip, unzip, config, theme, login, "
-         "logout, teams, projects"},
+         "logout, teams, projects, repair"},
         {"", 2, "no command given"},
     });
     if (::geteuid() != 0) {
@@ -126,7 +130,7 @@ TEST_F(VelmoCommand, OutputThatCannotBeWrittenFailsTheCommand) {
     });
     const CommandRun written = runVelmo("json --compact " + example + " -o " + path("copy.json"));
     EXPECT_EQ(written.exitCode, 0) << written.output;
-    EXPECT_EQ(Json::parse(*Files::read(path("copy.json"))).dictionary().get("name"), Value("Example Theme"));
+    EXPECT_EQ(Json::parse(*Files::read(path("copy.json"))).dictionary().get("name"), Value("Sign-up flow"));
     // The archive was made; only its summary was lost.
     EXPECT_EQ(names(""), (std::vector<std::string>{"a.zip", "b.zip", "copy.json", "out"}))
         << "no temporary file left";
@@ -153,7 +157,8 @@ TEST_F(VelmoCommand, HelpAndVersionPromiseOnlyWhatIsThere) {
     const CommandRun help = runVelmo("--help");
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_NE(help.output.find("Usage: velmo [OPTIONS] SUBCOMMAND"), std::string::npos) << help.output;
-    EXPECT_EQ(help.output.find("repair"), std::string::npos);
+    EXPECT_NE(help.output.find("  repair "), std::string::npos) << help.output;
+    EXPECT_EQ(help.output.find("serve"), std::string::npos) << "not there yet";
     const CommandRun unzipHelp = runVelmo("unzip --help");
     EXPECT_NE(unzipHelp.output.find("(default 4G)"), std::string::npos) << unzipHelp.output;
     EXPECT_NE(unzipHelp.output.find("VELMO_ZIP_PASSWORD"), std::string::npos);
@@ -305,11 +310,14 @@ TEST_F(VelmoCommand, PasswordsComeFromStandardInputOrTheEnvironment) {
 }
 
 TEST_F(VelmoCommand, CompactJsonIsOneLineThatReadsBack) {
-    const CommandRun run = runVelmo("json --compact " + kExamples + "/document.json");
+    const std::string theme = file("theme.json", R"({"model_class": "VDModelTheme", "name": "Example Theme",
+        "navBar": {"model_class": "VDModelBar", "titleFont": "Menlo", "unknownKey": "dropped on decoding"}})");
+    const CommandRun run = runVelmo("json --compact " + theme);
     ASSERT_EQ(run.exitCode, 0) << run.output;
     EXPECT_EQ(run.output.find('\n'), run.output.size() - 1);
     const Value back = Json::parse(run.output);
     EXPECT_EQ(back.dictionary().get("name"), Value("Example Theme"));
+    EXPECT_EQ(back.dictionary().get("navBar").dictionary().get("titleFont"), Value("Menlo"));
     EXPECT_FALSE(back.dictionary().get("navBar").dictionary().contains("unknownKey"));
 }
 
@@ -337,7 +345,9 @@ TEST_F(VelmoCommand, TreePrintsEachViewWithItsPath) {
     const Dictionary transition = root.get("actions").array()[0].dictionary();
     EXPECT_EQ(transition.get("events"), Json::parse(R"j(["click(this;header)"])j"));
     EXPECT_EQ(transition.get("keyframes"), Value(2));
-    EXPECT_EQ(runVelmo("tree " + kExamples + "/document.json").exitCode, 1) << "a document without views";
+    const std::string bare =
+        file("bare.json", R"({"model_class": "VDModelApp", "screens": [], "views": []})");
+    EXPECT_EQ(runVelmo("tree " + bare).exitCode, 1) << "a document without views";
 }
 
 TEST_F(VelmoCommand, ConfigMergesTheRemoteDocumentAndKeepsTheUsersSettings) {
@@ -476,6 +486,101 @@ std::vector<std::string> keysOf(const Dictionary& d) {
     return keys;
 }
 
+/// A document of an earlier version: a timeline component without a first state, change sets
+/// joined with ".", an "animation" timeline whose default isn't its first state, a default that
+/// names no state, and a child named as its parent, which relative paths reach.
+const char* const kOldDocument = R"json({"model_class": "VDModelApp", "modelID": "app_1", "views": [],
+ "screens": [
+  {"model_class": "VDModelScreen", "modelID": "screen_1", "variableID": "home",
+   "states": [{"model_class": "VDModelViewState", "name": "open",
+               "overrides": {"this.card.card": {"alpha": 0.5}, "this.card": {"y": 10}}}],
+   "actions": [{"model_class": "VDModelActionScriptAnimation", "modelID": "Transition_1", "name": "open",
+                "originStateName": "closed", "targetStateName": "open",
+                "listeners": [{"model_class": "VDModelEventListener", "modelID": "eventListener_1", "event": "click",
+                               "target": "this.card.card"}],
+                "timelines": [{"model_class": "VDModelAnimationTimeline", "modelID": "animationTimeline_1",
+                               "target": "this;card;card",
+                               "animations": [{"model_class": "VDModelAnimation", "modelID": "animation_1",
+                                               "state": {"alpha": 0.5}}]}]}],
+   "subviews": [
+    {"model_class": "VDModelView", "modelID": "View_1", "variableID": "card",
+     "subviews": [{"model_class": "VDModelView", "modelID": "View_2", "variableID": "card"}]},
+    {"model_class": "VDModelView", "modelID": "View_3", "variableID": "spinner", "timelineType": "loop",
+     "states": [{"model_class": "VDModelViewState", "name": "spun", "overrides": {"this.dot": {"rotation": 180}}}],
+     "actions": [{"model_class": "VDModelActionScriptAnimation", "modelID": "Transition_2", "name": "spin",
+                  "targetStateName": "spun",
+                  "listeners": [{"model_class": "VDModelEventListener", "modelID": "eventListener_2",
+                                 "event": "timer", "timerMS": 500}]}],
+     "subviews": [{"model_class": "VDModelView", "modelID": "View_4", "variableID": "dot"}]},
+    {"model_class": "VDModelView", "modelID": "View_5", "variableID": "badge", "timelineType": "animation",
+     "defaultStateName": "big",
+     "states": [{"model_class": "VDModelViewState", "name": "small"},
+                {"model_class": "VDModelViewState", "name": "big"}]},
+    {"model_class": "VDModelView", "modelID": "View_6", "variableID": "toggle", "timelineType": "toggle",
+     "defaultStateName": "gone",
+     "states": [{"model_class": "VDModelViewState", "name": "off"}, {"model_class": "VDModelViewState", "name": "on"}]}
+   ]}]})json";
+
+/// A document fresh from the exporter: component instances whose props and overrides know only
+/// their targets, one instance inside another with a nested list of overrides, one instance done
+/// already, a text named as its component, and an outside border.
+const char* const kFreshExport = R"json({"model_class": "VDModelApp", "modelID": "app_1", "views": [],
+ "screens": [
+  {"model_class": "VDModelScreen", "modelID": "screen_1", "variableID": "home", "subviews": [
+   {"model_class": "VDModelView", "modelID": "View_1", "variableID": "card",
+    "componentInstanceData": {"model_class": "VDModelComponentInstanceData", "modelID": "componentInstanceData_1",
+     "masterSymbolID": "S-card",
+     "props": [{"model_class": "VDModelProp", "targetId": "T-title", "type": "text"},
+               {"model_class": "VDModelProp", "targetId": "T-button", "type": "component"}],
+     "overrides": [{"model_class": "VDModelComponentOverride", "targetId": "T-title", "value": "Hello"},
+                   {"model_class": "VDModelComponentOverride", "targetId": "T-button",
+                    "value": [{"model_class": "VDModelComponentOverride", "targetId": "T-caption", "value": "Go"}]}]},
+    "subviews": [
+     {"model_class": "VDModelLabel", "modelID": "Label_1", "variableID": "card", "viewName": "Card",
+      "importedID": "T-title"},
+     {"model_class": "VDModelView", "modelID": "View_2", "variableID": "button", "importedID": "T-button",
+      "componentInstanceData": {"model_class": "VDModelComponentInstanceData", "modelID": "componentInstanceData_2",
+       "masterSymbolID": "S-button",
+       "props": [{"model_class": "VDModelProp", "targetId": "T-caption", "type": "text"}],
+       "overrides": [{"model_class": "VDModelComponentOverride", "targetId": "T-caption", "value": "Go"}]},
+      "subviews": [{"model_class": "VDModelLabel", "modelID": "Label_2", "variableID": "caption",
+                    "viewName": "Caption", "importedID": "T-caption"}]}]},
+   {"model_class": "VDModelView", "modelID": "View_3", "variableID": "banner",
+    "componentInstanceData": {"model_class": "VDModelComponentInstanceData", "modelID": "componentInstanceData_3",
+     "masterSymbolID": "S-banner",
+     "props": [{"model_class": "VDModelProp", "targetId": "T-text", "path": "text", "name": "text"}],
+     "overrides": [{"model_class": "VDModelComponentOverride", "targetId": "T-text", "path": "text",
+                    "name": "text", "value": "Sale"}]},
+    "subviews": [{"model_class": "VDModelLabel", "modelID": "Label_3", "variableID": "text", "viewName": "Text",
+                  "importedID": "T-text"}]}]}],
+ "components": [
+  {"model_class": "VDModelView", "modelID": "View_4", "variableID": "cardMaster", "borderWidth": 2,
+   "borderPosition": "outside",
+   "constraints": {"model_class": "VDModelViewConstraints",
+                   "width": {"model_class": "VDModelConstraint", "enabled": 1, "multiplier": 1, "constant": 300}},
+   "subviews": [{"model_class": "VDModelLabel", "modelID": "Label_4", "variableID": "title",
+                 "importedID": "T-title"}]}]})json";
+
+Value counts(std::int64_t migrated, std::int64_t delimiters, std::int64_t defaults, std::int64_t names,
+             std::int64_t paths, std::int64_t components) {
+    return Value(Dictionary{{"statesMigrated", Value(migrated)},
+                            {"delimitersFixed", Value(delimiters)},
+                            {"defaultStatesNamed", Value(defaults)},
+                            {"namesFixed", Value(names)},
+                            {"pathsRewritten", Value(paths)},
+                            {"componentsFixed", Value(components)}});
+}
+
+/// The object at a path of keys and indices ("screens", 0, "subviews", 1) of a parsed document.
+Value at(const Value& root, std::initializer_list<std::variant<const char*, int>> steps) {
+    Value v = root;
+    for (const auto& step : steps) {
+        v = std::holds_alternative<int>(step) ? v.array()[std::get<int>(step)]
+                                              : v.dictionary().get(std::get<const char*>(step));
+    }
+    return v;
+}
+
 } // namespace
 
 TEST_F(VelmoCommand, InfoCountsEachScreensTreeAndNamesClashingIdentifiers) {
@@ -521,10 +626,157 @@ TEST_F(VelmoCommand, InfoCountsEachScreensTreeAndNamesClashingIdentifiers) {
         {"json --compact " + shop, 0, R"("model_class":"VDModelApp")"},
         {"info --json - < " + kExamples + "/view-tree.json", 1,
          "not a whole document: the top level is a VDModelView, not a VDModelApp ('velmo tree'"},
-        {"info " + kExamples + "/document.json", 1, "the top level is a VDModelTheme, not a VDModelApp"},
+        {"info " + file("theme.json", R"({"model_class": "VDModelTheme"})"), 1,
+         "the top level is a VDModelTheme, not a VDModelApp"},
         {"info " + path("none.json"), 2, "cannot read " + path("none.json")},
         {"info - < " + file("bad.json", "{\"model_class\": \"VDModelApp\""), 2, "malformed JSON at offset"},
         {"info " + file("plain.json", R"({"model_class": "VDModelApp", "screens": [], "views": []})"), 0,
          "\"Untitled\": 0 screens, 0 free views, 0 components, "},
     });
+}
+
+TEST_F(VelmoCommand, RepairCountsWhatEachRepairChangedAndASecondRunNothing) {
+    const struct {
+        std::string name, input;
+        Value expected;
+    } cases[] = {
+        // "spinner" migrated and named "initial"; states of "home" and "spinner" had "." keys;
+        // "spinner", "badge" (first state) and "toggle" (a state that exists) get defaults; the
+        // inner "card" becomes "card1", and with it a listener, a timeline and a change-set key.
+        {"old", file("old.json", kOldDocument), counts(1, 2, 3, 1, 3, 0)},
+        // Two records get paths and names, the third was done; the text named as its component is
+        // renamed before the paths are worked out.
+        {"export", file("export.json", kFreshExport), counts(0, 0, 0, 1, 0, 2)},
+        // The sample: four button instances, and a heading named as its screen.
+        {"sample", kExamples + "/document.json", counts(0, 0, 0, 1, 0, 4)},
+    };
+    for (const auto& c : cases) {
+        const std::string once = path(c.name + "-1.json"), twice = path(c.name + "-2.json"),
+                          thrice = path(c.name + "-3.json");
+        const CommandRun first = runVelmo("repair " + c.input + " -o " + once + " --json", "2>&1");
+        ASSERT_EQ(first.exitCode, 0) << c.name << "\n" << first.output;
+        EXPECT_EQ(Json::tryParse(first.output), c.expected) << c.name << "\n" << first.output;
+        const CommandRun second = runVelmo("repair " + once + " -o " + twice + " --json", "2>&1");
+        EXPECT_EQ(Json::tryParse(second.output), counts(0, 0, 0, 0, 0, 0)) << c.name << "\n" << second.output;
+        ASSERT_EQ(runVelmo("repair -q " + twice + " -o " + thrice).exitCode, 0);
+        EXPECT_EQ(Files::read(twice), Files::read(thrice)) << c.name << ": the repairs leave it stable";
+    }
+
+    const Value old = Json::parse(*Files::read(path("old-1.json")));
+    const Value home = at(old, {"screens", 0});
+    EXPECT_EQ(at(home, {"actions", 0, "listeners", 0, "target"}), Value("this;card;card1"));
+    EXPECT_EQ(at(home, {"actions", 0, "timelines", 0, "target"}), Value("this;card;card1"));
+    EXPECT_TRUE(at(home, {"states", 0, "overrides"}).dictionary().contains("this;card;card1"));
+    const Value spinner = at(home, {"subviews", 1});
+    EXPECT_EQ(at(spinner, {"defaultStateName"}), Value("initial"));
+    EXPECT_EQ(at(spinner, {"states", 0, "name"}), Value("initial"));
+    EXPECT_EQ(at(spinner, {"states", 1, "overrides"}), Json::parse(R"({"this;dot": {"rotation": 180}})"));
+    // The entry comes first, from no state into the new one, on a timer; the old transition
+    // from no state now starts there.
+    EXPECT_EQ(at(spinner, {"actions", 0, "targetStateName"}), Value("initial"));
+    EXPECT_EQ(at(spinner, {"actions", 0, "listeners", 0, "event"}), Value("timer"));
+    EXPECT_EQ(at(spinner, {"actions", 1, "originStateName"}), Value("initial"));
+    EXPECT_EQ(at(home, {"subviews", 2, "defaultStateName"}), Value("small"));
+    EXPECT_EQ(at(home, {"subviews", 3, "defaultStateName"}), Value("off"));
+    // The entry is brought back before the default is checked, so it goes into the default as it
+    // stood; the next run follows the checked one. Only this changes on the second run.
+    EXPECT_EQ(at(home, {"subviews", 2, "actions", 0, "targetStateName"}), Value("big"));
+    EXPECT_EQ(at(Json::parse(*Files::read(path("old-2.json"))),
+                 {"screens", 0, "subviews", 2, "actions", 0, "targetStateName"}),
+              Value("small"));
+
+    const Value card = at(Json::parse(*Files::read(path("export-1.json"))), {"screens", 0, "subviews", 0});
+    EXPECT_EQ(at(card, {"subviews", 0, "variableID"}), Value("card1"));
+    // Compared as text, which a failure shows.
+    EXPECT_EQ(
+        Json::write(at(card, {"componentInstanceData", "props"})),
+        R"([{"model_version":0,"model_class":"VDModelProp","name":"card1","type":"text","path":"card1",)"
+        R"("targetId":"T-title"},{"model_version":0,"model_class":"VDModelProp","name":"button",)"
+        R"("type":"component","path":"button","targetId":"T-button"}])");
+    const Value nested = at(card, {"componentInstanceData", "overrides", 1});
+    EXPECT_EQ(at(nested, {"path"}), Value("button"));
+    EXPECT_FALSE(at(nested, {"value", 0}).dictionary().contains("path")) << "nested lists stay as they came";
+    EXPECT_EQ(at(card, {"subviews", 1, "componentInstanceData", "overrides", 0, "path"}), Value("caption"));
+}
+
+TEST_F(VelmoCommand, RepairWritesTheDocumentWhereAskedAndRefusesWhatItCannotRepair) {
+    const std::string old = file("old.json", kOldDocument);
+    // Without -o the document goes to standard output, pretty, and the report to standard error.
+    const CommandRun printed = runVelmo("repair " + old, "2>/dev/null");
+    ASSERT_EQ(printed.exitCode, 0);
+    EXPECT_NE(printed.output.find("\n  \"model_class\": \"VDModelApp\",\n"), std::string::npos);
+    EXPECT_EQ(at(Json::parse(printed.output), {"screens", 0, "subviews", 1, "defaultStateName"}),
+              Value("initial"));
+    EXPECT_EQ(runVelmo("repair " + old, "2>&1 >/dev/null").output, old + R"(: repaired
+  statesMigrated      1
+  delimitersFixed     2
+  defaultStatesNamed  3
+  namesFixed          1
+  pathsRewritten      3
+  componentsFixed     0
+)");
+    EXPECT_EQ(runVelmo("repair -q " + old, "2>&1 >/dev/null").output, "");
+    // In place, from standard input.
+    const std::string inPlace = file("in-place.json", kOldDocument);
+    EXPECT_EQ(runVelmo("repair " + inPlace + " -o " + inPlace).exitCode, 0);
+    EXPECT_EQ(runVelmo("repair - -o " + path("again.json") + " --json < " + inPlace).output,
+              R"({"statesMigrated":0,"delimitersFixed":0,"defaultStatesNamed":0,"namesFixed":0,)"
+              R"("pathsRewritten":0,"componentsFixed":0})"
+              "\n");
+
+    // A pipe that is there already is written into, not replaced by a file, as a device would be:
+    // `-o /dev/null --json` gives the counts alone.
+    const std::string pipe = path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const CommandRun piped =
+        runVelmo("repair " + old + " -o " + pipe + " --json", "2>&1; s=$?; wait; exit $s",
+                 "timeout 10 cat " + pipe + " > " + path("piped.json") + " &");
+    EXPECT_EQ(piped.exitCode, 0) << piped.output;
+    EXPECT_NE(piped.output.find("\"statesMigrated\":1,"), std::string::npos) << piped.output;
+    EXPECT_TRUE(fs::is_fifo(pipe));
+    const Value pipedDocument = Json::tryParse(Files::read(path("piped.json")).value_or(""));
+    ASSERT_TRUE(pipedDocument.isDictionary()) << "the document came through the pipe";
+    EXPECT_EQ(at(pipedDocument, {"screens", 0, "subviews", 1, "defaultStateName"}), Value("initial"));
+
+    // A shown table header without a name: the rename below the table can't ask it for the names.
+    const std::string table = file("table.json", R"({"model_class": "VDModelApp", "screens": [
+        {"model_class": "VDModelScreen", "variableID": "list", "subviews": [
+         {"model_class": "VDModelTableView", "variableID": "table", "hasHeader": 1, "isStatic": 1,
+          "header": {"model_class": "VDModelView"},
+          "cells": [{"model_class": "VDModelCellView", "variableID": "list"}]}]}]})");
+    expectAll({
+        {"repair " + old + " --json", 2, "--json needs -o OUT"},
+        {"repair " + old + " -o - --json", 2, "--json needs -o OUT"},
+        {"repair " + path("none.json"), 2,
+         "cannot read " + path("none.json") + ": No such file or directory"},
+        {"repair - < " + file("bad.json", "{\"screens\": ["), 2,
+         "standard input: malformed JSON at offset 13"},
+        {"repair " + kExamples + "/view-tree.json", 1, "a VDModelView is not a document"},
+        {"repair " + table + " -o " + path("table-out.json"), 1,
+         "table.json: the document can't be repaired: allVariableIDs: the table's header has no variable "
+         "name"},
+        {"repair " + old + " -o " + dir_.string(), 1, "cannot write " + dir_.string() + ": Is a directory"},
+        {"repair", 2, "FILE is required"},
+    });
+    EXPECT_FALSE(fs::exists(path("table-out.json"))) << "nothing written for a failed repair";
+}
+
+TEST_F(VelmoCommand, TheSampleDocumentDecodesWholeAndRoundTrips) {
+    const std::string sample = kExamples + "/document.json";
+    const CommandRun once = runVelmo("json --verbose " + sample + " -o " + path("once.json"));
+    EXPECT_EQ(once.exitCode, 0);
+    EXPECT_EQ(once.output, "") << "no class the decoder doesn't know, nothing logged";
+    ASSERT_EQ(runVelmo("json " + path("once.json") + " -o " + path("twice.json")).exitCode, 0);
+    EXPECT_EQ(Files::read(path("once.json")), Files::read(path("twice.json")));
+
+    // Every image the document names is beside it.
+    const std::string text = *Files::read(sample);
+    std::size_t images = 0;
+    for (std::size_t at = text.find("\"assets/"); at != std::string::npos;
+         at = text.find("\"assets/", at + 1)) {
+        const std::string name = text.substr(at + 1, text.find('"', at + 1) - at - 1);
+        EXPECT_TRUE(fs::is_regular_file(fs::path(kExamples) / name)) << name;
+        ++images;
+    }
+    EXPECT_GE(images, 5u);
 }
