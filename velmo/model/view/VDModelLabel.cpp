@@ -46,11 +46,19 @@ void VDModelLabel::fillDefaultValues() {
 void VDModelLabel::setText(std::optional<std::string> v) {
     static constexpr std::string_view kLineSeparator = "\u2028";
     const std::string given = v.value_or(""); // the name shows the text as it came
-    if (v) {
-        for (auto at = v->find(kLineSeparator); at != std::string::npos;
-             at = v->find(kLineSeparator, at + 1)) {
-            v->replace(at, kLineSeparator.size(), "\n");
+    if (v && v->find(kLineSeparator) != std::string::npos) {
+        // Built anew rather than replaced in place (g++ 12 warns falsely on that in release).
+        std::string lines;
+        lines.reserve(v->size());
+        for (std::size_t at = 0; at < v->size();) {
+            if (std::string_view(*v).substr(at).starts_with(kLineSeparator)) {
+                lines += '\n';
+                at += kLineSeparator.size();
+            } else {
+                lines += (*v)[at++];
+            }
         }
+        v = std::move(lines);
     }
     text_ = std::move(v);
     // Only a label that still has the plain view's name is named after its text: once it has
