@@ -20,15 +20,30 @@ std::string generateDocumentJson(const DocumentShape& shape);
 /// Views enough for about `bytes` of JSON.
 std::string generateDocumentJsonOfSize(std::size_t bytes);
 
-/// A whole document as the editor saves it: a `VDModelApp` with its theme, links and two free
-/// views, and `screens` `VDModelScreen`s. Each screen holds `viewsPerScreen` views below it, of
-/// the same kind as above, nesting `depth` levels with `fanOut` subviews to a view; two states
-/// ("compact", "expanded") whose change sets touch every tenth view; and two transitions (the
-/// initial look to "compact" on a click, "compact" to "expanded" on a hover), each with a
-/// listener and one timeline of one keyframe for every path either state touches. Views and
-/// transitions carry readable identifiers ("View_12", "Transition_3"), as a document hands them
-/// out; listeners, timelines and keyframes the long form that objects made outside a document
-/// get. No identifier is used twice.
+/// A whole document as the editor saves it after an export from the design tool: a `VDModelApp`
+/// with its theme (fonts, colours, text styles), links, two free views, `screens` screens and a
+/// component master for every ten screens (at least three: a badge and product cards).
+///
+/// Every screen (every tenth a `VDModelTabBarScreen`, with its tab bar) holds `viewsPerScreen`
+/// views: a header with buttons and a title in styled runs, a timeline component, a component
+/// instance (props that target the master's layers, overrides, one a list for the badge nested
+/// in it), a form whose button submits it, a table of header, cells and footer (static or fed
+/// by a data list), a collection of video, web, map, gradient, blur and widget views, and then
+/// nested sections of labels, images, text fields, slices, switches, sliders, progress bars,
+/// gradients and boxes, `depth` levels deep with `fanOut` to a level (the fixed parts come first,
+/// about 45 views). Each screen has two states ("compact", "expanded") whose change sets touch
+/// every tenth named view, and two transitions (the initial look to "compact" on a click,
+/// "compact" to "expanded" on a hover), each with a timeline for every path either touches.
+/// Masters carry no `componentMasterData`: a plain master record can't be read by name, and a
+/// document holding one neither decodes (the identifier registry is built by reading every
+/// field) nor encodes. Instances name their master by `masterSymbolID`.
+///
+/// It also holds what the repairs of older documents and fresh exports exist for: timeline
+/// components without a default state (some with a state already named "initial"), state keys
+/// joined with ".", borders centred or outside on boxes with constraints, props and overrides
+/// without paths and names (on three screens in four), views without a variable name and
+/// children named as their parent. No identifier is used twice; views and actions carry the
+/// short form a document hands out ("Label_12"), records the long form ("span_<uuid>").
 struct AppShape {
     std::size_t screens = 500;
     std::size_t viewsPerScreen = 100;
