@@ -1,20 +1,11 @@
 #include "velmo/config/VDCodePrefConfigDropdownItem.h"
 
+#include "velmo/config/ConfigDictionary.h"
+
 namespace velmo {
 
-namespace {
-
-// A value of another kind than text counts as absent.
-std::optional<std::string> stringForKey(const Dictionary& d, std::string_view key) {
-    const Value& v = d.get(key);
-    return v.isString() ? std::optional<std::string>(v.str()) : std::nullopt;
-}
-
-void setString(Dictionary& map, std::string_view key, const std::optional<std::string>& s) {
-    if (s) map.set(key, Value(*s));
-}
-
-} // namespace
+using config::setString;
+using config::stringForKey;
 
 const VDClass& VDCodePrefConfigDropdownItem::classObject() {
     static const VDClass cls("VDCodePrefConfigDropdownItem", &VDBaseObject::classObject(), [] {

@@ -1,5 +1,7 @@
 #include "velmo/config/VDCodePrefConfigItemObject.h"
 
+#include "velmo/config/ConfigDictionary.h"
+
 #include <array>
 
 #include "velmo/model/core/VDField.h"
@@ -12,15 +14,8 @@ namespace {
 constexpr std::array<std::string_view, 7> kTypeNames = {"",         "title", "switch",      "checkbox",
                                                         "dropdown", "link",  "notification"};
 
-// A value of another kind than text counts as absent.
-std::optional<std::string> stringForKey(const Dictionary& d, std::string_view key) {
-    const Value& v = d.get(key);
-    return v.isString() ? std::optional<std::string>(v.str()) : std::nullopt;
-}
-
-void setString(Dictionary& map, std::string_view key, const std::optional<std::string>& s) {
-    if (s) map.set(key, Value(*s));
-}
+using config::setString;
+using config::stringForKey;
 
 } // namespace
 
