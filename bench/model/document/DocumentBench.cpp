@@ -121,7 +121,8 @@ void fillNames(VDModelApp& app) {
     app.fillMissingVarNamesRecursive();
 }
 
-// All of them, in the order a host runs them after decoding.
+// All of them on one document: the component upgrades and the export repair first, as a host runs
+// them after decoding, then the passes on names and forms.
 void repairAll(VDModelApp& app) {
     upgradeComponents(app);
     fixAfterExport(app);
