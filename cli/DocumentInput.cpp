@@ -58,7 +58,16 @@ std::shared_ptr<VDModel> readDocument(const std::string& file, int& exitCode) {
         exitCode = kExitUsage;
         return nullptr;
     }
-    auto model = value.isDictionary() ? VDModelApp::appWithDictionary(value.dictionary()) : nullptr;
+    std::shared_ptr<VDModel> model;
+    try {
+        model = value.isDictionary() ? VDModelApp::appWithDictionary(value.dictionary()) : nullptr;
+    } catch (const std::exception& e) {
+        // A document the model's own rules can't take in whole, such as a component's plain
+        // master record, whose field list names a field it doesn't have.
+        Console::error(fmt::format("{}: the document can't be decoded: {}", documentName(file), e.what()));
+        exitCode = kExitFailure;
+        return nullptr;
+    }
     if (!model) {
         Console::error(fmt::format("{}: the top level is not a known model class ({})", documentName(file),
                                    whyNotAModel(value)));

@@ -101,6 +101,10 @@ TEST_F(VelmoCommand, DocumentsAreReadFromAnyInputOrRefusedWithTheReason) {
         {"json " + file("wrong.json", "{\"model_class\": \"Nope\"}"), 1,
          "not a known model class (\"Nope\")"},
         {"json " + file("list.json", "[1, 2]"), 1, "not a known model class"},
+        {"info " + file("master.json",
+                        R"({"model_class": "VDModelApp", "components": [{"model_class": "VDModelView",
+            "componentMasterData": {"model_class": "VDModelComponentMasterData"}}]})"),
+         1, "the document can't be decoded"},
         {"json", 2, "FILE is required"},
         {"frobnicate", 2,
          "unknown command 'frobnicate'; the commands are json, tree, info, zip, unzip, config, theme, login, "

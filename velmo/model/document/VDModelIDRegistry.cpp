@@ -29,6 +29,7 @@ void VDModelIDRegistry::removeAll(std::string_view identifier) {
     if (count == group.counts.end()) return;
     group.counts.erase(count);
     std::erase_if(group.identifiers, [&](const std::string& id) { return id == identifier; });
+    group.lastNumber = 0;
 }
 
 bool VDModelIDRegistry::contains(std::string_view identifier) const {
@@ -45,6 +46,9 @@ std::string VDModelIDRegistry::nextIdentifier(std::string_view prefix) const {
     const auto found = groups_.find(prefix);
     // Numbering starts from the group's size, not its highest number: gaps below it stay.
     std::size_t n = found == groups_.end() ? 0 : found->second.identifiers.size();
+    // Numbers between the size and the last answer were taken when it was given and, with no
+    // removal since, still are: after many deletions this skips them all at once.
+    if (found != groups_.end() && found->second.lastNumber > n) n = found->second.lastNumber - 1;
     std::string candidate(prefix);
     candidate += '_';
     const std::size_t stem = candidate.size();
@@ -53,7 +57,11 @@ std::string VDModelIDRegistry::nextIdentifier(std::string_view prefix) const {
         const auto end = std::to_chars(digits, digits + sizeof digits, ++n).ptr;
         candidate.resize(stem);
         candidate.append(digits, end);
-        if (found == groups_.end() || !found->second.counts.contains(candidate)) return candidate;
+        if (found == groups_.end()) return candidate;
+        if (!found->second.counts.contains(candidate)) {
+            found->second.lastNumber = n;
+            return candidate;
+        }
     }
 }
 

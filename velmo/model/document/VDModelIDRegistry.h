@@ -44,6 +44,9 @@ private:
     struct Group {
         std::vector<std::string> identifiers;
         Map<std::uint32_t> counts;
+        /// The last number handed out. While the group only grows, nothing below it and above the
+        /// group's size comes free, so the next search may start there; a removal forgets it.
+        mutable std::size_t lastNumber = 0;
     };
 
     Map<Group> groups_;
