@@ -810,7 +810,7 @@ private:
         });
     }
 
-    /// Media and the other specialised views, in a collection.
+    /// Media and the other kinds of view, in a collection.
     void media(std::size_t n) {
         open({.cls = "VDModelCollectionView", .name = "Collection", .var = "media"});
         close(nullptr, [&] {

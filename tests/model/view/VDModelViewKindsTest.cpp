@@ -32,7 +32,7 @@ using namespace velmo;
 
 namespace {
 
-class VDModelSpecialisedViewsTest : public ::testing::Test {
+class VDModelViewKindsTest : public ::testing::Test {
 protected:
     void SetUp() override { VDModelDecoder::sharedInstance(); }
 
@@ -49,7 +49,7 @@ Value color(std::shared_ptr<VDModelColor> c) {
 
 } // namespace
 
-TEST_F(VDModelSpecialisedViewsTest, NewViewsHaveTheirDefaultsPrefixesAndFlags) {
+TEST_F(VDModelViewKindsTest, NewViewsHaveTheirDefaultsPrefixesAndFlags) {
     const Value clear = color(VDModelColor::clearColor());
     const struct {
         const VDModelClass& cls;
@@ -150,7 +150,7 @@ TEST_F(VDModelSpecialisedViewsTest, NewViewsHaveTheirDefaultsPrefixesAndFlags) {
 
 // The asset's name renames the view, also while decoding, since "imageName" is set after
 // "viewName" and "userChangedViewName".
-TEST_F(VDModelSpecialisedViewsTest, ImageNameRenamesTheViewUnlessAPersonNamedIt) {
+TEST_F(VDModelViewKindsTest, ImageNameRenamesTheViewUnlessAPersonNamedIt) {
     const struct {
         const char* json;
         const char* viewName;
@@ -178,7 +178,7 @@ TEST_F(VDModelSpecialisedViewsTest, ImageNameRenamesTheViewUnlessAPersonNamedIt)
     EXPECT_EQ(named->viewName(), "Image") << "an empty name resets whoever named it";
 }
 
-TEST_F(VDModelSpecialisedViewsTest, StackTypeHasTwoKeysAndStackTypeWinsOnReading) {
+TEST_F(VDModelViewKindsTest, StackTypeHasTwoKeysAndStackTypeWinsOnReading) {
     const auto stack = std::static_pointer_cast<VDModelStackView>(
         decode(R"({"model_class":"VDModelStackView","type":1,"stackType":2})"));
     EXPECT_EQ(stack->stackType(), 2);
@@ -189,7 +189,7 @@ TEST_F(VDModelSpecialisedViewsTest, StackTypeHasTwoKeysAndStackTypeWinsOnReading
     EXPECT_EQ(d.get("stackType"), Value(3));
 }
 
-TEST_F(VDModelSpecialisedViewsTest, VideoListsTheViewsVideoURLASecondTime) {
+TEST_F(VDModelViewKindsTest, VideoListsTheViewsVideoURLASecondTime) {
     auto video = VDModelVideoView::create();
     const auto names = video->fieldNames();
     EXPECT_EQ(std::count(names.begin(), names.end(), "videoURL"), 2);
@@ -199,7 +199,7 @@ TEST_F(VDModelSpecialisedViewsTest, VideoListsTheViewsVideoURLASecondTime) {
     EXPECT_EQ(modelCopy(video)->videoURL(), "https://example.com/a.mp4");
 }
 
-TEST_F(VDModelSpecialisedViewsTest, ANewTabBarHasThreeItemsOfItsOwnAndNoConstraints) {
+TEST_F(VDModelViewKindsTest, ANewTabBarHasThreeItemsOfItsOwnAndNoConstraints) {
     auto bar = VDModelTabBar::create();
     bar->setTabbarTransparent(true);
     const Dictionary d = bar->toDictionary();
@@ -218,7 +218,7 @@ TEST_F(VDModelSpecialisedViewsTest, ANewTabBarHasThreeItemsOfItsOwnAndNoConstrai
     EXPECT_FALSE(modelCopy(bar)->tabbarTransparent());
 }
 
-TEST_F(VDModelSpecialisedViewsTest, ATabBarShowsItsSubviewsThenItsItemsReversed) {
+TEST_F(VDModelViewKindsTest, ATabBarShowsItsSubviewsThenItsItemsReversed) {
     auto bar = VDModelTabBar::create();
     const Array items = bar->tabbarItems();
     auto badge = view("badge");
@@ -229,7 +229,7 @@ TEST_F(VDModelSpecialisedViewsTest, ATabBarShowsItsSubviewsThenItsItemsReversed)
 
 // Where a plain view only passes the word on, a cell posts an update of its own, then the word
 // climbs on from it.
-TEST_F(VDModelSpecialisedViewsTest, ACellTurnsAChangeInsideIntoItsOwnUpdate) {
+TEST_F(VDModelViewKindsTest, ACellTurnsAChangeInsideIntoItsOwnUpdate) {
     const struct {
         std::shared_ptr<VDModelView> middle;
         int posts;
