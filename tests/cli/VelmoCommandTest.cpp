@@ -131,6 +131,9 @@ TEST_F(VelmoCommand, OutputThatCannotBeWrittenFailsTheCommand) {
         {"--help", 1, "No space left on device", full},
         {"json " + example + " -o " + dir_.string(), 1, "cannot write " + dir_.string() + ": Is a directory"},
         {"json " + example + " -o " + archive + "/x.json", 1, "Not a directory"},
+        {"repair " + example + " -o " + path("missing") + "/x.json", 1, "No such file or directory"},
+        {"info " + example, 1, "No space left on device", full},
+        {"repair " + example, 1, "No space left on device", full},
     });
     const CommandRun written = runVelmo("json --compact " + example + " -o " + path("copy.json"));
     EXPECT_EQ(written.exitCode, 0) << written.output;
