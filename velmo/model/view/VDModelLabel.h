@@ -1,7 +1,7 @@
 #pragma once
 
 #include "velmo/model/records/VDModelSpan.h"
-#include "velmo/model/records/VDModelWithTextProperties.h"
+#include "velmo/model/records/VDModelTextFields.h"
 #include "velmo/model/view/VDModelView.h"
 
 namespace velmo {
@@ -9,38 +9,19 @@ namespace velmo {
 /// Static text, with styled runs (`VDModelSpan`s) over it. Its class operations hold the tables
 /// of the phone platform's font families, which hosts fill their font pickers from; the library
 /// itself doesn't read them.
-class VDModelLabel : public VDModelView, public VDModelWithTextProperties {
+class VDModelLabel : public VDModelTextFields<VDModelView> {
     VD_MODEL_CLASS(VDModelLabel)
 
     /// "Text" in black 12-point "System", named "Label".
     void fillDefaultValues() override;
 
-    const std::optional<std::string>& text() const override { return text_; }
     /// Stores the text with each line separator (U+2028) turned into "\n". A label still named
     /// "View" (or unnamed) is named after the text, "Label: <text>", unless a person named it;
     /// an empty text names it "Label" whatever the person did. Any other name stays.
     void setText(std::optional<std::string> v) override;
-    const std::optional<std::string>& font() const override { return font_; }
-    void setFont(std::optional<std::string> v) override { font_ = std::move(v); }
-    const std::optional<std::string>& fontWeight() const override { return fontWeight_; }
-    void setFontWeight(std::optional<std::string> v) override { fontWeight_ = std::move(v); }
-    const std::optional<std::string>& textSize() const override { return textSize_; }
-    void setTextSize(std::optional<std::string> v) override { textSize_ = std::move(v); }
-    const std::shared_ptr<VDModelColor>& textColor() const override { return textColor_; }
-    void setTextColor(std::shared_ptr<VDModelColor> v) override { textColor_ = std::move(v); }
     bool respondsToLines() const override { return true; }
     std::int32_t lines() const override { return lines_; }
     void setLines(std::int32_t v) override { lines_ = v; }
-    std::int32_t linebreak() const override { return linebreak_; }
-    void setLinebreak(std::int32_t v) override { linebreak_ = v; }
-    std::int32_t alignment() const override { return alignment_; }
-    void setAlignment(std::int32_t v) override { alignment_ = v; }
-    float kern() const override { return kern_; }
-    void setKern(float v) override { kern_ = v; }
-    float lineHeight() const override { return lineHeight_; }
-    void setLineHeight(float v) override { lineHeight_ = v; }
-    float pSpacing() const override { return pSpacing_; }
-    void setPSpacing(float v) override { pSpacing_ = v; }
     bool isMinWidth() const { return isMinWidth_ != 0; }
     void setIsMinWidth(bool v) { isMinWidth_ = v ? 1 : 0; }
     bool isAutoWidth() const { return isAutoWidth_ != 0; }
@@ -76,17 +57,7 @@ class VDModelLabel : public VDModelView, public VDModelWithTextProperties {
     static const Dictionary& familyNamesToFonts();
 
 private:
-    std::optional<std::string> text_;
-    std::optional<std::string> font_;
-    std::optional<std::string> fontWeight_;
-    std::optional<std::string> textSize_;
-    std::shared_ptr<VDModelColor> textColor_;
     std::int32_t lines_ = 0;
-    std::int32_t linebreak_ = 0;
-    std::int32_t alignment_ = 0;
-    float kern_ = 0;
-    float lineHeight_ = 0;
-    float pSpacing_ = 0;
     std::uint8_t isMinWidth_ = 0;
     std::uint8_t isAutoWidth_ = 0;
     std::uint8_t hasUnderline_ = 0;

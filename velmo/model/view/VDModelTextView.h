@@ -1,13 +1,13 @@
 #pragma once
 
-#include "velmo/model/records/VDModelWithTextProperties.h"
+#include "velmo/model/records/VDModelTextFields.h"
 #include "velmo/model/view/VDModelView.h"
 
 namespace velmo {
 
 /// A text input: its text properties, the keyboard it asks for, and the field it becomes in a
 /// web form. It has no number of lines.
-class VDModelTextView : public VDModelView, public VDModelWithTextProperties {
+class VDModelTextView : public VDModelTextFields<VDModelView> {
     VD_MODEL_CLASS(VDModelTextView)
 
     /// A white 150 by 30 field named "Text", empty, black 12-point "System", alignment 2, with
@@ -15,29 +15,10 @@ class VDModelTextView : public VDModelView, public VDModelWithTextProperties {
     void fillDefaultValues() override;
 
     /// The initial text.
-    const std::optional<std::string>& text() const override { return text_; }
     /// Stores the text as it is. The field is named after its text, "Text: <text>", unless a
     /// person named it; an empty text names it "Text" whatever its name was, even while
     /// decoding.
     void setText(std::optional<std::string> v) override;
-    const std::optional<std::string>& font() const override { return font_; }
-    void setFont(std::optional<std::string> v) override { font_ = std::move(v); }
-    const std::optional<std::string>& fontWeight() const override { return fontWeight_; }
-    void setFontWeight(std::optional<std::string> v) override { fontWeight_ = std::move(v); }
-    const std::optional<std::string>& textSize() const override { return textSize_; }
-    void setTextSize(std::optional<std::string> v) override { textSize_ = std::move(v); }
-    const std::shared_ptr<VDModelColor>& textColor() const override { return textColor_; }
-    void setTextColor(std::shared_ptr<VDModelColor> v) override { textColor_ = std::move(v); }
-    std::int32_t linebreak() const override { return linebreak_; }
-    void setLinebreak(std::int32_t v) override { linebreak_ = v; }
-    std::int32_t alignment() const override { return alignment_; }
-    void setAlignment(std::int32_t v) override { alignment_ = v; }
-    float kern() const override { return kern_; }
-    void setKern(float v) override { kern_ = v; }
-    float lineHeight() const override { return lineHeight_; }
-    void setLineHeight(float v) override { lineHeight_ = v; }
-    float pSpacing() const override { return pSpacing_; }
-    void setPSpacing(float v) override { pSpacing_ = v; }
     /// See `nameForKeyboardType`.
     std::int32_t keyboardType() const { return keyboardType_; }
     void setKeyboardType(std::int32_t v) { keyboardType_ = v; }
@@ -83,16 +64,6 @@ class VDModelTextView : public VDModelView, public VDModelWithTextProperties {
     static std::int32_t keyboardAppearanceForName(std::string_view name);
 
 private:
-    std::optional<std::string> text_;
-    std::optional<std::string> font_;
-    std::optional<std::string> fontWeight_;
-    std::optional<std::string> textSize_;
-    std::shared_ptr<VDModelColor> textColor_;
-    std::int32_t linebreak_ = 0;
-    std::int32_t alignment_ = 0;
-    float kern_ = 0;
-    float lineHeight_ = 0;
-    float pSpacing_ = 0;
     std::int32_t keyboardType_ = 0;
     std::int32_t keyboardAppearance_ = 0;
     std::int32_t keyboardReturnType_ = 0;
