@@ -75,6 +75,16 @@ VPErrorPtr withServiceMessage(const VPErrorPtr& error, const Value& response) {
     return error ? error->errorWithResponse(response) : nullptr;
 }
 
+/// A request's answer handed to the caller as it came, inside the guard.
+VPHTTPRequest::Completion passedOn(VPBaseAPIClient::Completion completion) {
+    return [completion = std::move(completion)](const Value& response, std::shared_ptr<HTTPURLResponse>,
+                                                VPErrorPtr error) {
+        VP_TRY
+        if (completion) completion(response, error);
+        VP_CATCH()
+    };
+}
+
 /// The system's version as three numbers, as the platform gives it: "12" is "12.0.0".
 std::string osVersionText() {
     const std::string version = VPSystemInfo::systemVersion();
@@ -386,12 +396,7 @@ void VPBaseAPIClient::createProjectWithName(const std::string& name, const std::
 void VPBaseAPIClient::refreshTeams(Completion completion) {
     VP_TRY
     sharedSender()->GET(apiBaseURL() + "/v2/users/me/team_memberships", Value(),
-                        [completion = std::move(completion)](
-                            const Value& response, std::shared_ptr<HTTPURLResponse>, VPErrorPtr error) {
-                            VP_TRY
-                            if (completion) completion(response, error);
-                            VP_CATCH()
-                        });
+                        passedOn(std::move(completion)));
     VP_CATCH()
 }
 
@@ -399,12 +404,7 @@ void VPBaseAPIClient::sendClientInstallation(Completion completion) {
     VP_TRY
     const Dictionary parameters{{"client_id", Value(VVClientConfig::current().clientID())}};
     sharedSender()->POST(apiBaseURL() + "/v2/users/me/installations", Value(parameters),
-                         [completion = std::move(completion)](
-                             const Value& response, std::shared_ptr<HTTPURLResponse>, VPErrorPtr error) {
-                             VP_TRY
-                             if (completion) completion(response, error);
-                             VP_CATCH()
-                         });
+                         passedOn(std::move(completion)));
     VP_CATCH()
 }
 
