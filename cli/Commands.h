@@ -29,5 +29,6 @@ CommandRun addLogoutCommand(CLI::App& app);
 CommandRun addTeamsCommand(CLI::App& app);
 CommandRun addProjectsCommand(CLI::App& app);
 CommandRun addRepairCommand(CLI::App& app);
+CommandRun addServeCommand(CLI::App& app);
 
 } // namespace velmo::cli

@@ -80,6 +80,7 @@ int main(int argc, char** argv) {
         velmo::cli::addThemeCommand(app),    velmo::cli::addLoginCommand(app),
         velmo::cli::addLogoutCommand(app),   velmo::cli::addTeamsCommand(app),
         velmo::cli::addProjectsCommand(app), velmo::cli::addRepairCommand(app),
+        velmo::cli::addServeCommand(app),
     };
     std::vector<Subcommand> commands;
     const auto added = app.get_subcommands([](const CLI::App*) { return true; });

@@ -2,9 +2,11 @@
 
 #include <fstream>
 #include <memory>
+#include <stdexcept>
 #include <vector>
 
 #include <openssl/evp.h>
+#include <openssl/rand.h>
 
 namespace velmo {
 
@@ -52,6 +54,13 @@ std::optional<std::string> aes(std::string_view input, std::string_view key, std
 
 std::string Crypto::md5(std::string_view bytes) {
     return digest(EVP_md5(), bytes);
+}
+
+std::string Crypto::randomBytes(std::size_t count) {
+    std::string bytes(count, '\0');
+    if (count > 0 && RAND_bytes(reinterpret_cast<unsigned char*>(bytes.data()), static_cast<int>(count)) != 1)
+        throw std::runtime_error("the system's random generator gave no bytes");
+    return bytes;
 }
 
 std::string Crypto::sha256(std::string_view bytes) {

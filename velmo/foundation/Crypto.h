@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,6 +13,9 @@ class Crypto {
 public:
     static std::string md5(std::string_view bytes);
     static std::string sha256(std::string_view bytes);
+    /// `count` bytes from the system's cryptographic generator; throws std::runtime_error when it
+    /// has none to give, as a secret must never be made of weak bytes.
+    static std::string randomBytes(std::size_t count);
     /// Lower-case hexadecimal text of bytes.
     static std::string hex(std::string_view bytes);
     static std::string md5Hex(std::string_view bytes) { return hex(md5(bytes)); }
