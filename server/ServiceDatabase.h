@@ -49,8 +49,12 @@ public:
     }
 
     /// Runs `work` in a write transaction, committed when it returns and rolled back when it throws.
+    /// Writers of this process take turns here: SQLite has one writer at a time anyway, and its own
+    /// wait for a busy database sleeps in steps of up to 100 ms, which only other processes (the
+    /// operator's commands) should ever meet.
     template <class Work> auto write(Work&& work) {
         Lease lease = this->lease();
+        std::lock_guard turn(writeTurn_);
         SQLite::Transaction transaction(lease.db(), SQLite::TransactionBehavior::IMMEDIATE);
         if constexpr (std::is_void_v<decltype(work(lease.db()))>) {
             work(lease.db());
@@ -70,6 +74,7 @@ private:
 
     std::filesystem::path file_;
     std::size_t capacity_;
+    std::mutex writeTurn_;
     std::mutex mutex_;
     std::condition_variable returned_;
     std::vector<std::unique_ptr<SQLite::Database>> idle_;

@@ -13,6 +13,7 @@
 
 #include "server/ServiceCalls.h"
 #include "server/ServiceError.h"
+#include "server/ServiceWorkers.h"
 #include "velmo/foundation/Json.h"
 #include "velmo/foundation/SystemLog.h"
 #include "velmo/foundation/Utf8.h"
@@ -113,6 +114,12 @@ struct ServiceServer::Impl {
     }
 
     void dispatch(const httplib::Request& req, httplib::Response& res) {
+        answer(req, res);
+        // Other connections wait for this worker: let it go after this answer.
+        if (workers && workers->waiting() > 0) res.set_header("Connection", "close");
+    }
+
+    void answer(const httplib::Request& req, httplib::Response& res) {
         try {
             const std::string& method = req.method == "HEAD" ? std::string("GET") : req.method;
             bool pathKnown = false;
@@ -171,6 +178,8 @@ struct ServiceServer::Impl {
     ServiceCalls calls;
     httplib::Server http;
     int port = 0;
+    /// Made by the server when it starts serving, and owned by it.
+    ServiceWorkers* workers = nullptr;
     std::atomic<bool> serving{false};
     std::atomic<bool> stopping{false};
 };
@@ -178,7 +187,11 @@ struct ServiceServer::Impl {
 ServiceServer::ServiceServer(ServiceOptions options) : impl_(std::make_unique<Impl>(std::move(options))) {
     Impl& impl = *impl_;
     const std::size_t workers = impl.options.workers == 0 ? 1 : impl.options.workers;
-    impl.http.new_task_queue = [workers] { return new httplib::ThreadPool(workers); };
+    impl.http.new_task_queue = [&impl, workers] {
+        auto* pool = new ServiceWorkers(workers);
+        impl.workers = pool;
+        return pool;
+    };
     impl.http.set_payload_max_length(impl.options.maxBodyBytes);
     impl.http.set_keep_alive_timeout(kKeepAliveSeconds);
     impl.http.set_tcp_nodelay(true);
