@@ -195,6 +195,12 @@ ServiceServer::ServiceServer(ServiceOptions options) : impl_(std::make_unique<Im
     impl.http.set_payload_max_length(impl.options.maxBodyBytes);
     impl.http.set_keep_alive_timeout(kKeepAliveSeconds);
     impl.http.set_tcp_nodelay(true);
+    // Reuse of the address, so that a restart needn't wait out the old connections; not of the
+    // port, which would let a second service share it silently instead of failing to start.
+    impl.http.set_socket_options([](socket_t sock) {
+        int yes = 1;
+        ::setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    });
     const auto handler = [&impl](const httplib::Request& req, httplib::Response& res) {
         impl.dispatch(req, res);
     };

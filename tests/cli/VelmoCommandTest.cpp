@@ -108,7 +108,7 @@ TEST_F(VelmoCommand, DocumentsAreReadFromAnyInputOrRefusedWithTheReason) {
         {"json", 2, "FILE is required"},
         {"frobnicate", 2,
          "unknown command 'frobnicate'; the commands are json, tree, info, zip, unzip, config, theme, login, "
-         "logout, teams, projects, repair"},
+         "logout, teams, projects, repair, serve"},
         {"", 2, "no command given"},
     });
     if (::geteuid() != 0) {
