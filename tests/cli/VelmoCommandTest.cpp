@@ -165,7 +165,7 @@ TEST_F(VelmoCommand, HelpAndVersionPromiseOnlyWhatIsThere) {
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_NE(help.output.find("Usage: velmo [OPTIONS] SUBCOMMAND"), std::string::npos) << help.output;
     EXPECT_NE(help.output.find("  repair "), std::string::npos) << help.output;
-    EXPECT_EQ(help.output.find("serve"), std::string::npos) << "not there yet";
+    EXPECT_NE(help.output.find("  serve "), std::string::npos) << help.output;
     const CommandRun unzipHelp = runVelmo("unzip --help");
     EXPECT_NE(unzipHelp.output.find("(default 4G)"), std::string::npos) << unzipHelp.output;
     EXPECT_NE(unzipHelp.output.find("VELMO_ZIP_PASSWORD"), std::string::npos);
