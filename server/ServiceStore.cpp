@@ -336,7 +336,7 @@ Array ServiceStore::teamProjects(const ServiceUser& user, const std::string& tea
         requireTeam(db, user, teamId);
         SQLite::Statement query(
             db, fmt::format("SELECT {} FROM projects p WHERE p.scope = ? ORDER BY p.rowid", kProjectColumns));
-        query.bind(1, "team:" + teamId);
+        query.bind(1, fmt::format("team:{}", teamId));
         return projectRecords(query);
     });
 }
@@ -345,7 +345,7 @@ Array ServiceStore::personalProjects(const ServiceUser& user) {
     return database_.read([&](SQLite::Database& db) {
         SQLite::Statement query(
             db, fmt::format("SELECT {} FROM projects p WHERE p.scope = ? ORDER BY p.rowid", kProjectColumns));
-        query.bind(1, "user:" + user.id);
+        query.bind(1, fmt::format("user:{}", user.id));
         return projectRecords(query);
     });
 }
@@ -354,7 +354,7 @@ Dictionary ServiceStore::createProject(const ServiceUser& user, const std::optio
                                        const std::string& name) {
     return database_.write([&](SQLite::Database& db) {
         if (teamId) requireTeam(db, user, *teamId);
-        const std::string scope = teamId ? "team:" + *teamId : "user:" + user.id;
+        const std::string scope = teamId ? fmt::format("team:{}", *teamId) : fmt::format("user:{}", user.id);
         SQLite::Statement taken(db, "SELECT 1 FROM projects WHERE scope = ? AND name = ?");
         taken.bind(1, scope);
         taken.bind(2, name);
@@ -366,7 +366,7 @@ Dictionary ServiceStore::createProject(const ServiceUser& user, const std::optio
         const std::string id = newId();
         // Same names in other scopes share the base: the project's own id tells them apart in one step.
         std::string slug = slugOf(name);
-        if (slugTaken(db, slug)) slug += "-" + id.substr(0, 8);
+        if (slugTaken(db, slug)) slug.append("-").append(id, 0, 8);
         const std::string createdAt = now();
         SQLite::Statement insert(
             db, "INSERT INTO projects (id, name, team_id, owner_id, scope, slug, created_at, "
@@ -398,8 +398,9 @@ Dictionary ServiceStore::updateProject(const ServiceUser& user, const std::strin
         Dictionary before = readProject(db, projectId);
         const std::string updatedAt = now();
         if (const Value* name = changes.find("name")) {
-            const std::string scope =
-                before.contains("team") ? "team:" + before.get("team").str() : "user:" + user.id;
+            const std::string scope = before.contains("team")
+                                          ? fmt::format("team:{}", before.get("team").str())
+                                          : fmt::format("user:{}", user.id);
             SQLite::Statement taken(db, "SELECT 1 FROM projects WHERE scope = ? AND name = ? AND id <> ?");
             taken.bind(1, scope);
             taken.bind(2, name->str());
