@@ -13,7 +13,7 @@ PACKAGES=(
   build-essential g++ cmake ninja-build pkg-config git
   libboost1.81-dev libboost-url1.81-dev rapidjson-dev libfmt-dev libcli11-dev
   libcurl4-openssl-dev libssl-dev uuid-dev libzip-dev zlib1g-dev libsecret-1-dev libglib2.0-dev libfontconfig-dev
-  libgtest-dev libgmock-dev libbenchmark-dev libcpp-httplib-dev nlohmann-json3-dev
+  libgtest-dev libgmock-dev libbenchmark-dev libcpp-httplib-dev nlohmann-json3-dev libsqlitecpp-dev libsqlite3-dev
   gnome-keyring dbus fonts-dejavu-core
   curl zip unzip ca-certificates
 )
