@@ -1,5 +1,7 @@
 #include "server/ServiceServer.h"
 
+#include <sys/socket.h>
+
 #include <atomic>
 #include <chrono>
 #include <regex>
@@ -24,7 +26,7 @@ namespace {
 
 // Idle keep-alive connections hold a worker each; a short wait lets them go soon, also when the
 // service stops.
-constexpr time_t kKeepAliveSeconds = 2;
+constexpr time_t kKeepAliveSeconds = 1;
 
 struct Route {
     const char* method;
@@ -192,6 +194,8 @@ struct ServiceServer::Impl {
     int port = 0;
     /// Made by the server when it starts serving, and owned by it.
     ServiceWorkers* workers = nullptr;
+    /// The listening socket, caught as the server library makes it.
+    socket_t listening = -1;
     std::atomic<bool> serving{false};
     std::atomic<bool> stopping{false};
 };
@@ -209,9 +213,10 @@ ServiceServer::ServiceServer(ServiceOptions options) : impl_(std::make_unique<Im
     impl.http.set_tcp_nodelay(true);
     // Reuse of the address, so that a restart needn't wait out the old connections; not of the
     // port, which would let a second service share it silently instead of failing to start.
-    impl.http.set_socket_options([](socket_t sock) {
+    impl.http.set_socket_options([&impl](socket_t sock) {
         int yes = 1;
         ::setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+        impl.listening = sock;
     });
     const auto handler = [&impl](const httplib::Request& req, httplib::Response& res) {
         impl.dispatch(req, res);
@@ -252,6 +257,11 @@ int ServiceServer::bind() {
             fmt::format("cannot listen on {}:{} (in use, or not an address of this machine)",
                         impl.options.host, impl.options.port));
     }
+    // The server library listens with a backlog of 5: a burst of connections beyond it is dropped
+    // by the kernel, and the clients try again only a second later. The system's own backlog
+    // takes the burst.
+    if (::listen(impl.listening, SOMAXCONN) != 0)
+        throw std::runtime_error(fmt::format("cannot listen on {}:{}", impl.options.host, impl.port));
     return impl.port;
 }
 
