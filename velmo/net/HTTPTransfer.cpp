@@ -23,6 +23,9 @@ namespace {
 constexpr long kUnlimitedConnectMs = 24L * 3600 * 1000;
 constexpr long kMaxRedirects = 16;
 constexpr long kLargeReadSize = 512 * 1024;
+// Handles of ended transfers kept for the next ones: making a handle costs more than a small
+// exchange on a kept-alive connection. Enough for the turnover of a busy queue, not for its peak.
+constexpr std::size_t kIdleHandles = 16;
 
 class CurlSetupError : public std::runtime_error {
 public:
@@ -120,16 +123,14 @@ struct HTTPTransfer::Impl : std::enable_shared_from_this<HTTPTransfer::Impl> {
     // Events went to the delegate in this pass of the transfer thread.
     bool eventsDelivered = false;
 
-    ~Impl() { release(); }
-
-    void release() {
-        released = true;
+    ~Impl() {
         if (easy) curl_easy_cleanup(easy);
         easy = nullptr;
-        if (headerList) curl_slist_free_all(headerList);
-        headerList = nullptr;
-        delegate.reset();
+        release();
     }
+
+    /// On the transfer thread. The handle of a transfer that ended well serves another.
+    void release(bool reusable = false);
 
     Clock::time_point deadlineTime() const { return Clock::time_point(Clock::duration(deadline.load())); }
     void configure();
@@ -196,6 +197,25 @@ public:
     // On the transfer thread: the transfer hears of the end of this pass.
     void delivered(std::shared_ptr<HTTPTransfer::Impl> transfer) {
         delivered_.push_back(std::move(transfer));
+    }
+
+    // On the transfer thread: a handle in its first state, kept or new.
+    CURL* handle() {
+        if (idleHandles_.empty()) return curl_easy_init();
+        CURL* easy = idleHandles_.back();
+        idleHandles_.pop_back();
+        return easy;
+    }
+
+    // On the transfer thread: a handle out of the multi handle. Options and state of a kept one go
+    // back to their first values; its connection stays in the multi handle's cache either way.
+    void letGo(CURL* easy, bool reusable) {
+        if (reusable && idleHandles_.size() < kIdleHandles) {
+            curl_easy_reset(easy);
+            idleHandles_.push_back(easy);
+        } else {
+            curl_easy_cleanup(easy);
+        }
     }
 
     // On the transfer thread: stops a transfer that is still running, without a word.
@@ -302,14 +322,24 @@ private:
     // On the transfer thread only.
     std::unordered_map<CURL*, std::shared_ptr<HTTPTransfer::Impl>> active_;
     std::vector<std::shared_ptr<HTTPTransfer::Impl>> delivered_;
+    std::vector<CURL*> idleHandles_;
     // No deadline of a running transfer is earlier; one may be later, after a change.
     Clock::time_point nextDeadline_ = Clock::time_point::max();
 };
 
 } // namespace
 
+void HTTPTransfer::Impl::release(bool reusable) {
+    released = true;
+    if (easy) TransferLoop::shared().letGo(easy, reusable);
+    easy = nullptr;
+    if (headerList) curl_slist_free_all(headerList);
+    headerList = nullptr;
+    delegate.reset();
+}
+
 void HTTPTransfer::Impl::configure() {
-    easy = curl_easy_init();
+    easy = TransferLoop::shared().handle();
     if (!easy) throw CurlSetupError(CURLE_FAILED_INIT);
     setopt(easy, CURLOPT_ERRORBUFFER, errorBuffer);
     setopt(easy, CURLOPT_PRIVATE, static_cast<void*>(this));
@@ -388,7 +418,7 @@ void HTTPTransfer::Impl::deliverResponse() {
     auto response = std::make_shared<HTTPURLResponse>();
     response->url = effectiveURL ? std::string(effectiveURL) : request.url;
     response->statusCode = status;
-    response->headers = responseHeaders;
+    response->headers = std::move(responseHeaders);
     // A compressed body is handed on decoded, so the announced length says nothing of what arrives.
     const std::string encoding = response->valueForHTTPHeaderField("Content-Encoding");
     const bool decoded = !encoding.empty() && encoding != "identity";
@@ -412,7 +442,7 @@ void HTTPTransfer::Impl::ended(CURLcode result) {
         eventsDelivered = true;
     }
     endPass();
-    release();
+    release(result == CURLE_OK);
 }
 
 size_t HTTPTransfer::Impl::onHeader(char* data, size_t size, size_t count, void* self) {
