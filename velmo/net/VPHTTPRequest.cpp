@@ -157,6 +157,7 @@ VPHTTPRequest::VPHTTPRequest(std::string_view address, VPHTTPRequestMethod metho
     if (auto url = URL::URLWithString(address)) {
         requestPath_ = url->path();
         if (requestPath_.starts_with('/')) requestPath_.erase(0, 1);
+        fields_.set(&Fields::urlParses, true);
     }
 }
 
@@ -421,7 +422,10 @@ void VPHTTPRequest::addParametersToRequest(const Value& parameters) {
         // Appended as text, keys as given, and always after a "?": an address that already has a
         // query gets a second one, which the server reads as part of its last value. Callers
         // that build addresses with queries rely on their parameters arriving this way.
-        fields_.with([&](Fields& f) { f.request.url += "?" + query; });
+        fields_.with([&](Fields& f) {
+            f.request.url += "?" + query;
+            f.urlParses = false;
+        });
         return;
     }
 
@@ -480,8 +484,10 @@ void VPHTTPRequest::start() {
     if (const Value parameters = this->parameters(); !parameters.isNil()) addParametersToRequest(parameters);
 
     const std::optional<std::string> agent = defaultUserAgent();
+    bool urlParses = false;
     URLRequest request = fields_.with([&](Fields& f) {
         f.parameters = Value();
+        urlParses = f.urlParses;
         if (f.userAgent) {
             f.request.setValueForHTTPHeaderField(*f.userAgent, "User-Agent");
         } else if (agent) {
@@ -503,7 +509,7 @@ void VPHTTPRequest::start() {
 
     setState(OperationState::Executing);
     VPErrorPtr failure = savePath_.empty() ? VPErrorPtr() : openSaveFile();
-    if (!failure && !URL::URLWithString(request.url))
+    if (!failure && !urlParses && !URL::URLWithString(request.url))
         failure = errorWithFailingURL(kNSURLErrorBadURL, "bad URL");
     if (failure) {
         saveDataDispatchQueue_->async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()),

@@ -240,6 +240,8 @@ private:
         std::shared_ptr<HTTPURLResponse> response;
         std::chrono::steady_clock::time_point startTime;
         bool finishing = false;
+        bool urlParses = false; // the request's URL as it stands is known to parse
+
     };
     Guarded<Fields> fields_;
 
