@@ -41,9 +41,20 @@ constexpr std::size_t kPendingLowWater = 1024 * 1024;
 // Cut off by its own timer, an in-memory body has no separate limit on time without progress.
 constexpr double kNoProgressLimit = 0;
 
-// Engine work is short (body writes, progress, the finishing step, starts); a few threads keep
-// one slow disk from holding up every other request.
-constexpr std::size_t kEngineThreads = 4;
+// Engine work is short and doesn't wait (starts, bodies kept in memory, the finishing step): on
+// one thread it waits behind other such work for less than work handed to an idle thread of a
+// wider pool waits for that thread to wake, and small requests hand work over at every step.
+constexpr std::size_t kEngineThreads = 1;
+// Bodies saved to files are written on threads of their own, so that a slow disk holds up no
+// other request, nor two downloads each other.
+constexpr std::size_t kFileWriteThreads = 4;
+
+// The serial queues of requests that save their bodies to files run here.
+DispatchQueue& fileWriteQueue() {
+    static const auto* queue = new std::shared_ptr<DispatchQueue>(
+        DispatchQueue::createConcurrent("com.velmoapp.VPHTTPRequest.files", kFileWriteThreads));
+    return **queue;
+}
 
 std::atomic<double> gDefaultTimeoutInterval{20};
 std::mutex gDefaultUserAgentMutex;
@@ -145,7 +156,8 @@ VPHTTPRequest::VPHTTPRequest(std::string_view address, VPHTTPRequestMethod metho
                              std::string saveToPath, Progress progress, Completion completion)
     : method_(method), savePath_(std::move(saveToPath)), progress_(std::move(progress)),
       completion_(std::move(completion)),
-      saveDataDispatchQueue_(DispatchQueue::createSerial(kVPHTTPRequestQueueLabel, *engineQueue())) {
+      saveDataDispatchQueue_(DispatchQueue::createSerial(
+          kVPHTTPRequestQueueLabel, savePath_.empty() ? *engineQueue() : fileWriteQueue())) {
     // Switching pipelining on for requests other than POST without a save path has no
     // counterpart here: libcurl dropped HTTP/1.1 pipelining, and its transfers share kept-alive
     // connections anyway.

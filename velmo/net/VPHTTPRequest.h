@@ -61,8 +61,8 @@ std::string encodedURLParameterString(std::string_view string);
 /// slowly, always completes, and one whose server went silent still ends.
 ///
 /// The HTTP engine (each request's serial queue and the starts of a client's queue) runs on
-/// threads of its own, `engineQueue`; the time-out of an in-memory body is the deadline of its
-/// transfer, kept by the transfer thread.
+/// threads of its own, `engineQueue` and, for bodies saved to files, a pool for file writes; the
+/// time-out of an in-memory body is the deadline of its transfer, kept by the transfer thread.
 class VPHTTPRequest : public Operation {
 public:
     /// (response, URL response, error): the response is the parsed JSON of an "application/json"
@@ -119,9 +119,10 @@ public:
     static void setDefaultUserAgent(std::optional<std::string> userAgent);
     /// Requests started and not yet finished (VPHTTPRequestTaskCount); raised on the main queue.
     static unsigned taskCount();
-    /// The engine's threads. Never shared with work that waits on requests: jobs of the global
-    /// queues block until their requests end, and requests that needed a global thread to end
-    /// would then wait for those jobs forever.
+    /// The engine's thread: starts of a client's queue, and the serial queues of bodies kept in
+    /// memory (those saved to files have threads of their own). Never shared with work that waits
+    /// on requests: jobs of the global queues block until their requests end, and requests that
+    /// needed a global thread to end would then wait for those jobs forever.
     static const std::shared_ptr<DispatchQueue>& engineQueue();
 
     // ---- the operation
@@ -241,7 +242,6 @@ private:
         std::chrono::steady_clock::time_point startTime;
         bool finishing = false;
         bool urlParses = false; // the request's URL as it stands is known to parse
-
     };
     Guarded<Fields> fields_;
 
