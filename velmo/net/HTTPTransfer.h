@@ -39,7 +39,8 @@ public:
 /// redirects are followed. Failures are errors of the URL error domain, from one translation of
 /// libcurl's results. Time: the request's `timeoutInterval` (none when 0) counts time in which not
 /// one byte moves either way, so a transfer that keeps moving, however slowly, is never cut off
-/// by it; `Options::deadline` bounds the whole transfer. Either fails as timed out.
+/// by it; a deadline (`Options::deadline`, `setDeadline`) bounds the whole transfer. Either fails
+/// as timed out.
 class HTTPTransfer {
 public:
     struct Options {

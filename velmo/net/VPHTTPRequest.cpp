@@ -128,7 +128,7 @@ struct VPHTTPRequest::TransferEvents : HTTPTransferDelegate {
     void transferDidReceiveResponse(std::shared_ptr<HTTPURLResponse> response) override {
         TransferEvent event(Kind::Response);
         event.response = std::move(response);
-        request->post(std::move(event));
+        request->keepEvent(std::move(event));
     }
     bool transferDidReceiveData(std::string_view data) override { return request->receiveData(data); }
     void transferDidSendBodyData(std::int64_t written, std::int64_t expected) override {
@@ -137,13 +137,13 @@ struct VPHTTPRequest::TransferEvents : HTTPTransferDelegate {
         TransferEvent event(Kind::Sent);
         event.written = written;
         event.expected = expected;
-        request->post(std::move(event));
+        request->keepEvent(std::move(event));
     }
-    void transferDidFinish() override { request->post(TransferEvent(Kind::Finished)); }
+    void transferDidFinish() override { request->keepEvent(TransferEvent(Kind::Finished)); }
     void transferDidFail(VPErrorPtr error) override {
         TransferEvent event(Kind::Failed);
         event.error = std::move(error);
-        request->post(std::move(event));
+        request->keepEvent(std::move(event));
     }
     void transferDidDeliverEvents() override { request->queueEventsJob(); }
 
@@ -600,7 +600,7 @@ void VPHTTPRequest::requestTimeout() {
 
 // On the transfer thread: the events go to the serial queue, in order, together at the end of the
 // transfer thread's pass.
-void VPHTTPRequest::post(TransferEvent event) {
+void VPHTTPRequest::keepEvent(TransferEvent event) {
     std::lock_guard lock(eventsMutex_);
     events_.push_back(std::move(event));
 }
@@ -677,7 +677,7 @@ bool VPHTTPRequest::receiveData(std::string_view data) {
     pendingBytes_ += data.size();
     TransferEvent event(TransferEvent::Kind::Data);
     event.data = data;
-    post(std::move(event));
+    keepEvent(std::move(event));
     return true;
 }
 

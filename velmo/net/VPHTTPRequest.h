@@ -201,11 +201,11 @@ private:
     void reportProgress(float progress) const;
     void requestTimeout();
     bool receiveData(std::string_view data);
-    /// On the transfer thread: keeps the event for the serial queue, and queues the job that
-    /// takes the events kept so far.
-    void post(TransferEvent event);
+    /// On the transfer thread: keeps the event for the serial queue; at the end of the transfer
+    /// thread's pass, `queueEventsJob` queues one job for all the events kept so far.
+    void keepEvent(TransferEvent event);
     void queueEventsJob();
-    /// On the serial queue: handles the events queued so far, in order.
+    /// On the serial queue: handles the events kept so far, in order.
     void handlePostedEvents();
     void handle(TransferEvent& event);
     void writeChunk(const std::string& chunk);
