@@ -1,5 +1,10 @@
 // The HTTP engine against a loopback server, beside the curl command line doing the same work:
 // 1,000 small GETs (curl with --parallel) and one 200 MB download saved to a file.
+//
+// On a shared machine the load changes from one benchmark to the next: compare the engine with
+// curl from runs whose repetitions are interleaved, and read the medians:
+//   --benchmark_repetitions=9 --benchmark_enable_random_interleaving=true
+//   --benchmark_report_aggregates_only=true
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
