@@ -19,7 +19,7 @@ namespace velmo {
 namespace {
 
 // Without an idle limit the transfer must not be cut off by libcurl's default connect limit
-// either: the caller's own timer decides.
+// either: the caller's deadline, if any, decides.
 constexpr long kUnlimitedConnectMs = 24L * 3600 * 1000;
 constexpr long kMaxRedirects = 16;
 constexpr long kLargeReadSize = 512 * 1024;

@@ -38,7 +38,7 @@ constexpr urls::grammar::lut_chars kParameterChars =
 constexpr std::size_t kPendingHighWater = 4 * 1024 * 1024;
 constexpr std::size_t kPendingLowWater = 1024 * 1024;
 
-// Cut off by its own timer, an in-memory body has no separate limit on time without progress.
+// Cut off at its deadline, an in-memory body has no separate limit on time without progress.
 constexpr double kNoProgressLimit = 0;
 
 // Engine work is short and doesn't wait (starts, bodies kept in memory, the finishing step): on
@@ -323,7 +323,7 @@ unsigned VPHTTPRequest::timeoutInterval() const {
 void VPHTTPRequest::setTimeoutInterval(unsigned seconds) {
     fields_.set(&Fields::timeoutInterval, seconds);
     // A caller may set the limit on a request its client has already started (the queue starts
-    // requests at once): the running timer takes it.
+    // requests at once): the running transfer takes it.
     if (isExecuting() && savePath_.empty()) applyDeadline();
 }
 
