@@ -1,4 +1,6 @@
 #include <atomic>
+#include <chrono>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -32,6 +34,22 @@ struct Events : HTTPTransferDelegate {
 } // namespace
 
 class HTTPTransferTest : public NetTest {};
+
+// Between transfers the transfer thread sleeps: a new one must wake it, not wait out its sleep.
+TEST_F(HTTPTransferTest, ATransferAfterAQuietSpellStartsAtOnce) {
+    for (int i = 0; i < 5; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        URLRequest request;
+        request.url = server.url("/text");
+        auto events = std::make_shared<Events>();
+        HTTPTransfer transfer(request, events, {});
+        const auto started = std::chrono::steady_clock::now();
+        transfer.start();
+        ASSERT_TRUE(waitFor([&] { return events->ended.load(); }));
+        EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(500)) << i;
+        EXPECT_EQ(events->bytes.load(), 5u);
+    }
+}
 
 TEST_F(HTTPTransferTest, IdleGuardCutsOffOnlyTransfersInWhichNothingMovesAndTheDeadlineAny) {
     using std::chrono::milliseconds;

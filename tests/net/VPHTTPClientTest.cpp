@@ -175,6 +175,31 @@ TEST_F(VPHTTPClientTest, CancelAllStopsRunningRequestsAndLetsWaitingOnesRun) {
     EXPECT_EQ(client->operationQueue().operationCount(), 0u);
 }
 
+TEST_F(VPHTTPClientTest, CancelsAmidManyAnswersSilenceExactlyTheRequestsThatWereRunning) {
+    constexpr int kRequests = 400;
+    std::vector<Outcome> outcomes(kRequests);
+    std::vector<std::shared_ptr<VPHTTPRequest>> requests;
+    for (auto& outcome : outcomes)
+        requests.push_back(client->GET("/text", Value(), outcome.completion()));
+    // Every other request is cancelled at some point of its life: waiting, on the network, answered
+    // with the callback queued, or done. Only a cancel that found it running takes.
+    std::vector<bool> silenced(kRequests, false);
+    for (int i = 0; i < kRequests; i += 2) {
+        runMainLoopUntil([] { return false; }, std::chrono::microseconds(100 * (i % 5)));
+        requests[static_cast<std::size_t>(i)]->cancel();
+        silenced[static_cast<std::size_t>(i)] = requests[static_cast<std::size_t>(i)]->isCancelled();
+    }
+    ASSERT_TRUE(waitFor([&] { return client->operationQueue().operationCount() == 0; }));
+    drainMainQueue();
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        EXPECT_EQ(outcomes[i].calls, silenced[i] ? 0 : 1) << i;
+        EXPECT_TRUE(outcomes[i].onMainThread) << i;
+        EXPECT_TRUE(requests[i]->isFinished()) << i;
+    }
+    EXPECT_GT(std::count(silenced.begin(), silenced.end(), true), 0) << "no cancel found a request running";
+    EXPECT_EQ(VPHTTPRequest::taskCount(), 0u);
+}
+
 TEST_F(VPHTTPClientTest, ManyParallelRequestsEachCallBackOnce) {
     constexpr int kRequests = 300;
     std::vector<Outcome> outcomes(kRequests);

@@ -147,6 +147,46 @@ TEST_F(VPHTTPRequestTest, ParametersGoIntoQueryFormOrJsonBody) {
     }
 }
 
+// One request after another, so that each transfer runs on the handle the one before let go.
+TEST_F(VPHTTPRequestTest, EachRequestGoesOutAsItselfWhateverWentBefore) {
+    const struct {
+        const char* name;
+        Method method;
+        const char* path;
+        Value parameters;
+        const char* header; // "X-Once: yes" on this request only
+        const char* echoedMethod;
+        const char* body;
+    } cases[] = {
+        {"head", Method::HEAD, "/text", Value(), nullptr, nullptr, ""},
+        {"get after head", Method::GET, "/text", Value(), nullptr, nullptr, "hello"},
+        {"put", Method::PUT, "/echo", Value(Dictionary{{"b", Value("2")}}), nullptr, "PUT", "b=2"},
+        {"post after put, with a header", Method::POST, "/echo", Value(Dictionary{{"a", Value("1")}}),
+         "X-Once", "POST", "a=1"},
+        {"get after post", Method::GET, "/echo", Value(), nullptr, "GET", ""},
+        {"delete", Method::DELETE, "/echo", Value(), nullptr, "DELETE", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        Outcome outcome;
+        auto request = makeRequest(server.url(c.path), c.method, c.parameters, outcome);
+        if (c.header) request->setValue("yes", c.header);
+        request->start();
+        ASSERT_TRUE(outcome.wait());
+        ASSERT_FALSE(outcome.error) << outcome.error->description();
+        if (!c.echoedMethod) {
+            EXPECT_EQ(outcome.response, Value::bytes(c.body));
+            continue;
+        }
+        EXPECT_EQ(outcome.echo().get("method").str(), c.echoedMethod);
+        EXPECT_EQ(echoedBody(outcome), c.body);
+        EXPECT_EQ(echoedHeader(outcome, "x-once"), c.header ? "yes" : "<absent>");
+        if (!*c.body) {
+            EXPECT_EQ(echoedHeader(outcome, "content-type"), "<absent>");
+        }
+    }
+}
+
 TEST_F(VPHTTPRequestTest, MultipartBodyHasFixedBoundaryAndNamedFileParts) {
     const auto folder = Files::makeTemporaryDirectory("velmo-net");
     const auto file = folder / "notes.txt";
@@ -302,20 +342,36 @@ TEST(VPHTTPRequestTimeout, IntervalIsTheFieldElseTheDefaultInWholeSeconds) {
 TEST_F(VPHTTPRequestTest, InMemoryBodyIsCutOffAtTheLimitInForceWhileItRuns) {
     const struct {
         const char* path;
+        unsigned limit;
         unsigned limitSetMeanwhile; // from another thread, while the request starts; 0: none
+        unsigned limitSetOnceAsked; // once the server has the request; 0: none
         bool timesOut;
-    } cases[] = {{"/slow?ms=4000", 0, true}, {"/slow?ms=1500", 10, false}};
+    } cases[] = {
+        {"/slow?ms=4000", 1, 0, 0, true},
+        {"/slow?ms=1500", 1, 10, 0, false},
+        // Lowered while the transfer runs, counted from the start all the same.
+        {"/slow?ms=4000", 20, 0, 1, true},
+    };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.path);
+        const int asked = server.slowStarted();
         Outcome outcome;
         auto request = makeRequest(server.url(c.path), Method::GET, Value(), outcome);
-        request->setTimeoutInterval(1);
+        request->setTimeoutInterval(c.limit);
         std::thread setter([&] {
             if (c.limitSetMeanwhile) request->setTimeoutInterval(c.limitSetMeanwhile);
         });
+        const auto started = std::chrono::steady_clock::now();
         request->start();
         setter.join();
+        if (c.limitSetOnceAsked) {
+            ASSERT_TRUE(waitFor([&] { return server.slowStarted() > asked; }));
+            request->setTimeoutInterval(c.limitSetOnceAsked);
+        }
         ASSERT_TRUE(outcome.wait());
+        if (c.timesOut) {
+            EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(3000));
+        }
         EXPECT_TRUE(request->isFinished());
         if (!c.timesOut) {
             EXPECT_FALSE(outcome.error) << outcome.error->description();

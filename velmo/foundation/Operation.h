@@ -64,6 +64,8 @@ protected:
     void didChangeValueForKey(std::string_view key);
 
 private:
+    friend class OperationQueue;
+
     struct Registration {
         ObserverToken token;
         std::shared_ptr<Observer> observer;
@@ -72,6 +74,8 @@ private:
     mutable std::mutex mutex_;
     OperationState state_ = OperationState::Ready;
     std::atomic<bool> cancelled_{false};
+    // Set by the queue that takes the operation: an operation is added to one queue, once.
+    std::atomic<bool> enqueued_{false};
     std::vector<Registration> observers_;
     ObserverToken nextToken_ = 1;
 };

@@ -103,12 +103,9 @@ void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
     if (operation->state() != OperationState::Ready) {
         throw std::invalid_argument("operation is executing or finished and cannot be enqueued");
     }
+    if (operation->enqueued_.exchange(true)) throw std::invalid_argument("operation is already in a queue");
     {
         std::lock_guard lock(state_->mutex);
-        for (const auto& entry : state_->entries) {
-            if (entry.operation == operation)
-                throw std::invalid_argument("operation is already in the queue");
-        }
         // The observer holds the bookkeeping: operations keep running after the queue object goes.
         Operation* raw = operation.get();
         state_->entries.push_back({operation, 0, false});

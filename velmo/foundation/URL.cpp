@@ -9,12 +9,13 @@ namespace velmo {
 
 namespace urls = boost::urls;
 
-URL::URL(Private, std::string normalized) : string_(std::move(normalized)) {}
+URL::URL(Private, std::string normalized, std::string path)
+    : string_(std::move(normalized)), path_(std::move(path)) {}
 
 std::shared_ptr<URL> URL::URLWithString(std::string_view string) {
     auto parsed = urls::parse_uri(string);
     if (!parsed) return nullptr;
-    return std::make_shared<URL>(Private{}, std::string(parsed->buffer()));
+    return std::make_shared<URL>(Private{}, std::string(parsed->buffer()), std::string(parsed->path()));
 }
 
 std::shared_ptr<URL> URL::fileURLWithPath(const std::filesystem::path& path) {
@@ -25,7 +26,7 @@ std::shared_ptr<URL> URL::fileURLWithPath(const std::filesystem::path& path) {
     url.set_scheme("file");
     url.set_encoded_host("");
     url.set_path(absolute.generic_string());
-    return std::make_shared<URL>(Private{}, std::string(url.buffer()));
+    return std::make_shared<URL>(Private{}, std::string(url.buffer()), std::string(url.path()));
 }
 
 const VDClass& URL::classObject() {
@@ -35,10 +36,6 @@ const VDClass& URL::classObject() {
 
 std::string URL::scheme() const {
     return std::string(urls::parse_uri(string_)->scheme());
-}
-
-std::string URL::path() const {
-    return std::string(urls::parse_uri(string_)->path());
 }
 
 std::string URL::lastPathComponent() const {

@@ -25,7 +25,7 @@ public:
     const std::string& absoluteString() const { return string_; }
     std::string scheme() const;
     /// The path with its percent-escapes decoded.
-    std::string path() const;
+    const std::string& path() const { return path_; }
     /// The last non-empty segment of the path, decoded; empty for a path of only "/".
     std::string lastPathComponent() const;
     bool isFileURL() const;
@@ -39,10 +39,11 @@ private:
 
 public:
     /// Use `URLWithString` or `fileURLWithPath`.
-    URL(Private, std::string normalized);
+    URL(Private, std::string normalized, std::string path);
 
 private:
     std::string string_;
+    std::string path_; // decoded once, when parsed
 };
 
 } // namespace velmo

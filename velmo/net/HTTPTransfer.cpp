@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <thread>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <curl/curl.h>
@@ -18,10 +19,13 @@ namespace velmo {
 namespace {
 
 // Without an idle limit the transfer must not be cut off by libcurl's default connect limit
-// either: the caller's own timer decides.
+// either: the caller's deadline, if any, decides.
 constexpr long kUnlimitedConnectMs = 24L * 3600 * 1000;
 constexpr long kMaxRedirects = 16;
 constexpr long kLargeReadSize = 512 * 1024;
+// Handles of ended transfers kept for the next ones: making a handle costs more than a small
+// exchange on a kept-alive connection. Enough for the turnover of a busy queue, not for its peak.
+constexpr std::size_t kIdleHandles = 16;
 
 class CurlSetupError : public std::runtime_error {
 public:
@@ -90,11 +94,17 @@ class TransferLoop;
 
 } // namespace
 
+using Clock = std::chrono::steady_clock;
+
 struct HTTPTransfer::Impl : std::enable_shared_from_this<HTTPTransfer::Impl> {
     URLRequest request;
     Options options;
     std::atomic<bool> cancelled{false};
     std::atomic<bool> started{false};
+    // Set once the transfer thread has let go of the handle: a cancel then has nothing to stop.
+    std::atomic<bool> released{false};
+    // The end of the whole transfer, in ticks of the steady clock; the largest value: none.
+    std::atomic<Clock::rep> deadline{Clock::time_point::max().time_since_epoch().count()};
 
     // Touched on the transfer thread only, once started.
     std::shared_ptr<HTTPTransferDelegate> delegate;
@@ -110,20 +120,25 @@ struct HTTPTransfer::Impl : std::enable_shared_from_this<HTTPTransfer::Impl> {
     std::chrono::steady_clock::time_point lastMoved;
     bool heldBack = false;
     bool stalled = false;
+    // Events went to the delegate in this pass of the transfer thread.
+    bool eventsDelivered = false;
 
-    ~Impl() { release(); }
-
-    void release() {
+    ~Impl() {
         if (easy) curl_easy_cleanup(easy);
         easy = nullptr;
-        if (headerList) curl_slist_free_all(headerList);
-        headerList = nullptr;
-        delegate.reset();
+        release();
     }
 
+    /// On the transfer thread. The handle of a transfer that ended well serves another.
+    void release(bool reusable = false);
+
+    Clock::time_point deadlineTime() const { return Clock::time_point(Clock::duration(deadline.load())); }
     void configure();
     void deliverResponse();
     void ended(CURLcode result);
+    /// Notes that events went to the delegate, to be followed by the end of the pass.
+    void delivered();
+    void endPass();
 
     static size_t onHeader(char* data, size_t size, size_t count, void* self);
     static size_t onWrite(char* data, size_t size, size_t count, void* self);
@@ -146,8 +161,12 @@ public:
         {
             std::lock_guard lock(mutex_);
             commands_.push_back(std::move(work));
+            hasCommands_ = true;
         }
-        curl_multi_wakeup(multi_);
+        // A busy thread finds the command before it sleeps again: only a sleeping one is woken,
+        // and once. (The thread marks itself sleeping before it looks for commands, and the
+        // command is there before this looks at the mark: one of the two sees the other.)
+        if (sleeping_ && !woken_.exchange(true)) curl_multi_wakeup(multi_);
     }
 
     // On the transfer thread.
@@ -167,8 +186,36 @@ public:
             failEarly(*transfer, CURLE_FAILED_INIT);
             return;
         }
-        transfer->lastMoved = std::chrono::steady_clock::now();
+        transfer->lastMoved = Clock::now();
         active_.emplace(transfer->easy, transfer);
+        noteDeadline(transfer->deadlineTime());
+    }
+
+    // On the transfer thread: a transfer's deadline may have come nearer.
+    void noteDeadline(Clock::time_point deadline) { nextDeadline_ = std::min(nextDeadline_, deadline); }
+
+    // On the transfer thread: the transfer hears of the end of this pass.
+    void delivered(std::shared_ptr<HTTPTransfer::Impl> transfer) {
+        delivered_.push_back(std::move(transfer));
+    }
+
+    // On the transfer thread: a handle in its first state, kept or new.
+    CURL* handle() {
+        if (idleHandles_.empty()) return curl_easy_init();
+        CURL* easy = idleHandles_.back();
+        idleHandles_.pop_back();
+        return easy;
+    }
+
+    // On the transfer thread: a handle out of the multi handle. Options and state of a kept one go
+    // back to their first values; its connection stays in the multi handle's cache either way.
+    void letGo(CURL* easy, bool reusable) {
+        if (reusable && idleHandles_.size() < kIdleHandles) {
+            curl_easy_reset(easy);
+            idleHandles_.push_back(easy);
+        } else {
+            curl_easy_cleanup(easy);
+        }
     }
 
     // On the transfer thread: stops a transfer that is still running, without a word.
@@ -197,47 +244,102 @@ private:
         transfer.release();
         if (delegate && !transfer.cancelled) {
             delegate->transferDidFail(urlErrorForCurlCode(code, transfer.request.url, detail));
+            delegate->transferDidDeliverEvents();
         }
     }
 
     void run() {
+        std::vector<std::function<void()>> commands;
         for (;;) {
-            std::vector<std::function<void()>> commands;
-            {
+            if (hasCommands_) {
                 std::lock_guard lock(mutex_);
                 commands.swap(commands_);
+                hasCommands_ = false;
             }
             for (auto& command : commands)
                 command();
+            commands.clear();
 
             int running = 0;
             curl_multi_perform(multi_, &running);
             int queued = 0;
             while (CURLMsg* message = curl_multi_info_read(multi_, &queued)) {
                 if (message->msg != CURLMSG_DONE) continue;
-                CURL* easy = message->easy_handle;
-                const CURLcode result = message->data.result;
-                auto it = active_.find(easy);
-                if (it == active_.end()) continue;
-                auto transfer = it->second;
-                active_.erase(it);
-                curl_multi_remove_handle(multi_, easy);
-                transfer->ended(result);
+                complete(message->easy_handle, message->data.result);
             }
-            curl_multi_poll(multi_, nullptr, 0, 1000, nullptr);
+            const Clock::time_point now = Clock::now();
+            if (now >= nextDeadline_) endOverdue(now);
+            for (const auto& transfer : delivered_)
+                transfer->endPass();
+            delivered_.clear();
+
+            woken_ = false;
+            sleeping_ = true;
+            if (hasCommands_) {
+                sleeping_ = false;
+                continue;
+            }
+            constexpr auto kLongestWait = std::chrono::milliseconds(1000);
+            const auto wait = nextDeadline_ - now < kLongestWait
+                                  ? std::chrono::ceil<std::chrono::milliseconds>(nextDeadline_ - now)
+                                  : kLongestWait;
+            curl_multi_poll(multi_, nullptr, 0, static_cast<int>(wait.count()), nullptr);
+            sleeping_ = false;
         }
+    }
+
+    void complete(CURL* easy, CURLcode result) {
+        auto it = active_.find(easy);
+        if (it == active_.end()) return;
+        auto transfer = it->second;
+        active_.erase(it);
+        curl_multi_remove_handle(multi_, easy);
+        transfer->ended(result);
+    }
+
+    // Ends the transfers whose deadline has passed, and finds the next deadline.
+    void endOverdue(Clock::time_point now) {
+        std::vector<CURL*> overdue;
+        nextDeadline_ = Clock::time_point::max();
+        for (const auto& [easy, transfer] : active_) {
+            const Clock::time_point deadline = transfer->deadlineTime();
+            if (deadline <= now) {
+                overdue.push_back(easy);
+            } else {
+                nextDeadline_ = std::min(nextDeadline_, deadline);
+            }
+        }
+        for (CURL* easy : overdue)
+            complete(easy, CURLE_OPERATION_TIMEDOUT);
     }
 
     CURLM* multi_ = nullptr;
     std::mutex mutex_;
     std::vector<std::function<void()>> commands_;
+    std::atomic<bool> hasCommands_{false};
+    std::atomic<bool> sleeping_{false}; // in the poll, or about to be
+    std::atomic<bool> woken_{false};    // a wakeup has been sent for this sleep
+    // On the transfer thread only.
     std::unordered_map<CURL*, std::shared_ptr<HTTPTransfer::Impl>> active_;
+    std::vector<std::shared_ptr<HTTPTransfer::Impl>> delivered_;
+    std::vector<CURL*> idleHandles_;
+    // No deadline of a running transfer is earlier; one may be later, after a change.
+    Clock::time_point nextDeadline_ = Clock::time_point::max();
 };
 
 } // namespace
 
+void HTTPTransfer::Impl::release(bool reusable) {
+    released = true;
+    if (easy) TransferLoop::shared().letGo(easy, reusable);
+    easy = nullptr;
+    if (headerList) curl_slist_free_all(headerList);
+    headerList = nullptr;
+    delegate.reset();
+}
+
 void HTTPTransfer::Impl::configure() {
-    easy = curl_easy_init();
+    easy = TransferLoop::shared().handle();
     if (!easy) throw CurlSetupError(CURLE_FAILED_INIT);
     setopt(easy, CURLOPT_ERRORBUFFER, errorBuffer);
     setopt(easy, CURLOPT_PRIVATE, static_cast<void*>(this));
@@ -254,8 +356,6 @@ void HTTPTransfer::Impl::configure() {
     setopt(easy, CURLOPT_WRITEFUNCTION, &Impl::onWrite);
     setopt(easy, CURLOPT_WRITEDATA, static_cast<void*>(this));
     if (options.largeReads) setopt(easy, CURLOPT_BUFFERSIZE, kLargeReadSize);
-    if (options.deadline.count() > 0)
-        setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(options.deadline.count()));
     const double limit = request.timeoutInterval;
     if (options.reportsUploadProgress || limit > 0) {
         setopt(easy, CURLOPT_XFERINFOFUNCTION, &Impl::onProgress);
@@ -295,6 +395,17 @@ void HTTPTransfer::Impl::configure() {
     setopt(easy, CURLOPT_HTTPHEADER, headerList);
 }
 
+void HTTPTransfer::Impl::delivered() {
+    if (eventsDelivered) return;
+    eventsDelivered = true;
+    TransferLoop::shared().delivered(shared_from_this());
+}
+
+void HTTPTransfer::Impl::endPass() {
+    if (!std::exchange(eventsDelivered, false)) return;
+    if (delegate) delegate->transferDidDeliverEvents();
+}
+
 void HTTPTransfer::Impl::deliverResponse() {
     if (responseDelivered) return;
     responseDelivered = true;
@@ -307,12 +418,15 @@ void HTTPTransfer::Impl::deliverResponse() {
     auto response = std::make_shared<HTTPURLResponse>();
     response->url = effectiveURL ? std::string(effectiveURL) : request.url;
     response->statusCode = status;
-    response->headers = responseHeaders;
+    response->headers = std::move(responseHeaders);
     // A compressed body is handed on decoded, so the announced length says nothing of what arrives.
     const std::string encoding = response->valueForHTTPHeaderField("Content-Encoding");
     const bool decoded = !encoding.empty() && encoding != "identity";
     response->expectedContentLength = length < 0 || decoded ? -1 : static_cast<std::int64_t>(length);
-    if (delegate && !cancelled) delegate->transferDidReceiveResponse(std::move(response));
+    if (delegate && !cancelled) {
+        delegate->transferDidReceiveResponse(std::move(response));
+        delivered();
+    }
 }
 
 void HTTPTransfer::Impl::ended(CURLcode result) {
@@ -325,8 +439,10 @@ void HTTPTransfer::Impl::ended(CURLcode result) {
             if (stalled && result == CURLE_ABORTED_BY_CALLBACK) result = CURLE_OPERATION_TIMEDOUT;
             delegate->transferDidFail(urlErrorForCurlCode(result, request.url, errorBuffer));
         }
+        eventsDelivered = true;
     }
-    release();
+    endPass();
+    release(result == CURLE_OK);
 }
 
 size_t HTTPTransfer::Impl::onHeader(char* data, size_t size, size_t count, void* self) {
@@ -358,6 +474,7 @@ size_t HTTPTransfer::Impl::onWrite(char* data, size_t size, size_t count, void* 
         transfer->heldBack = true;
         return CURL_WRITEFUNC_PAUSE;
     }
+    transfer->delivered();
     return length;
 }
 
@@ -365,7 +482,7 @@ int HTTPTransfer::Impl::onProgress(void* self, curl_off_t, curl_off_t dlnow, cur
                                    curl_off_t ulnow) {
     auto* transfer = static_cast<Impl*>(self);
     if (transfer->cancelled) return 1;
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = Clock::now();
     // Counts go back to 0 after a redirect, so any change is a byte moved.
     if (dlnow != transfer->lastDownloaded || ulnow != transfer->lastUploaded || transfer->heldBack)
         transfer->lastMoved = now;
@@ -373,6 +490,7 @@ int HTTPTransfer::Impl::onProgress(void* self, curl_off_t, curl_off_t dlnow, cur
     if (ulnow > transfer->lastUploaded && transfer->options.reportsUploadProgress && transfer->delegate) {
         transfer->delegate->transferDidSendBodyData(static_cast<std::int64_t>(ulnow),
                                                     static_cast<std::int64_t>(ultotal));
+        transfer->delivered();
     }
     transfer->lastUploaded = ulnow;
     const double limit = transfer->request.timeoutInterval;
@@ -397,6 +515,12 @@ HTTPTransfer::~HTTPTransfer() {
 
 void HTTPTransfer::start() {
     if (impl_->started.exchange(true)) return;
+    if (impl_->options.deadline.count() > 0) {
+        // A deadline set on its own already stands in place of the option's.
+        Clock::rep none = Clock::time_point::max().time_since_epoch().count();
+        impl_->deadline.compare_exchange_strong(
+            none, (Clock::now() + impl_->options.deadline).time_since_epoch().count());
+    }
     TransferLoop::shared().post([impl = impl_] { TransferLoop::shared().add(impl); });
 }
 
@@ -407,7 +531,16 @@ void HTTPTransfer::cancel() {
         impl_->delegate.reset();
         return;
     }
+    // Ended already (the usual case, when the owner lets go after the end): nothing to stop.
+    if (impl_->released) return;
     TransferLoop::shared().post([impl = impl_] { TransferLoop::shared().remove(*impl); });
+}
+
+void HTTPTransfer::setDeadline(std::chrono::steady_clock::time_point deadline) {
+    impl_->deadline = deadline.time_since_epoch().count();
+    // Before `start` the transfer thread reads it when it takes the transfer on.
+    if (!impl_->started || impl_->cancelled || impl_->released) return;
+    TransferLoop::shared().post([deadline] { TransferLoop::shared().noteDeadline(deadline); });
 }
 
 void HTTPTransfer::resume() {

@@ -24,6 +24,10 @@ public:
     virtual void transferDidFinish() = 0;
     /// An error in the URL error domain, with the failing URL.
     virtual void transferDidFail(VPErrorPtr error) = 0;
+    /// Follows the events of one pass of the transfer thread over this transfer (a small answer
+    /// comes whole in one pass): a delegate that hands events on to another thread can hand them
+    /// on together, with one wakeup of that thread.
+    virtual void transferDidDeliverEvents() {}
 };
 
 /// One HTTP exchange on the process's transfer thread, which drives every transfer of the
@@ -35,7 +39,8 @@ public:
 /// redirects are followed. Failures are errors of the URL error domain, from one translation of
 /// libcurl's results. Time: the request's `timeoutInterval` (none when 0) counts time in which not
 /// one byte moves either way, so a transfer that keeps moving, however slowly, is never cut off
-/// by it; `Options::deadline` bounds the whole transfer. Either fails as timed out.
+/// by it; a deadline (`Options::deadline`, `setDeadline`) bounds the whole transfer. Either fails
+/// as timed out.
 class HTTPTransfer {
 public:
     struct Options {
@@ -43,8 +48,9 @@ public:
         bool reportsUploadProgress = false;
         /// Read in large pieces, for big bodies saved to files.
         bool largeReads = false;
-        /// The whole transfer ends by then, moving or not, and fails as timed out; 0: no such
-        /// limit. For posts nobody waits for, which must not hold a connection for long.
+        /// The whole transfer ends this long after `start`, moving or not, and fails as timed
+        /// out; 0: no such limit. For posts nobody waits for, which must not hold a connection
+        /// for long.
         std::chrono::milliseconds deadline{0};
     };
 
@@ -61,6 +67,9 @@ public:
     void cancel();
     /// Reads on after the delegate held the transfer back.
     void resume();
+    /// Moves the end of the whole transfer to `deadline`, in place of `Options::deadline`, from
+    /// any thread, before or after `start`. A deadline already past ends it at once.
+    void setDeadline(std::chrono::steady_clock::time_point deadline);
 
     struct Impl;
 

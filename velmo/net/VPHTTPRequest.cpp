@@ -38,12 +38,23 @@ constexpr urls::grammar::lut_chars kParameterChars =
 constexpr std::size_t kPendingHighWater = 4 * 1024 * 1024;
 constexpr std::size_t kPendingLowWater = 1024 * 1024;
 
-// Cut off by its own timer, an in-memory body has no separate limit on time without progress.
+// Cut off at its deadline, an in-memory body has no separate limit on time without progress.
 constexpr double kNoProgressLimit = 0;
 
-// Engine work is short (body writes, progress, the finishing step, starts); a few threads keep
-// one slow disk from holding up every other request.
-constexpr std::size_t kEngineThreads = 4;
+// Engine work is short and doesn't wait (starts, bodies kept in memory, the finishing step): on
+// one thread it waits behind other such work for less than work handed to an idle thread of a
+// wider pool waits for that thread to wake, and small requests hand work over at every step.
+constexpr std::size_t kEngineThreads = 1;
+// Bodies saved to files are written on threads of their own, so that a slow disk holds up no
+// other request, nor two downloads each other.
+constexpr std::size_t kFileWriteThreads = 4;
+
+// The serial queues of requests that save their bodies to files run here.
+DispatchQueue& fileWriteQueue() {
+    static const auto* queue = new std::shared_ptr<DispatchQueue>(
+        DispatchQueue::createConcurrent("com.velmoapp.VPHTTPRequest.files", kFileWriteThreads));
+    return **queue;
+}
 
 std::atomic<double> gDefaultTimeoutInterval{20};
 std::mutex gDefaultUserAgentMutex;
@@ -110,27 +121,31 @@ std::string encodedURLParameterString(std::string_view string) {
 
 // Forwards the transfer's events to the request, which it keeps alive while the transfer runs.
 struct VPHTTPRequest::TransferEvents : HTTPTransferDelegate {
+    using Kind = TransferEvent::Kind;
+
     explicit TransferEvents(std::shared_ptr<VPHTTPRequest> request) : request(std::move(request)) {}
 
     void transferDidReceiveResponse(std::shared_ptr<HTTPURLResponse> response) override {
-        request->receiveResponse(std::move(response));
+        TransferEvent event(Kind::Response);
+        event.response = std::move(response);
+        request->keepEvent(std::move(event));
     }
     bool transferDidReceiveData(std::string_view data) override { return request->receiveData(data); }
     void transferDidSendBodyData(std::int64_t written, std::int64_t expected) override {
         // Upload progress is reported for POST only.
         if (request->method_ != VPHTTPRequestMethod::POST || !request->progress_ || expected <= 0) return;
-        request->saveDataDispatchQueue_->async([request = request, written, expected] {
-            if (!request->completed_)
-                request->reportProgress(static_cast<float>(written) / static_cast<float>(expected));
-        });
+        TransferEvent event(Kind::Sent);
+        event.written = written;
+        event.expected = expected;
+        request->keepEvent(std::move(event));
     }
-    void transferDidFinish() override {
-        request->saveDataDispatchQueue_->async([request = request] { request->finishLoading(); });
-    }
+    void transferDidFinish() override { request->keepEvent(TransferEvent(Kind::Finished)); }
     void transferDidFail(VPErrorPtr error) override {
-        request->saveDataDispatchQueue_->async(
-            [request = request, error] { request->callCompletionBlockWithResponse(Value(), error); });
+        TransferEvent event(Kind::Failed);
+        event.error = std::move(error);
+        request->keepEvent(std::move(event));
     }
+    void transferDidDeliverEvents() override { request->queueEventsJob(); }
 
     std::shared_ptr<VPHTTPRequest> request;
 };
@@ -141,8 +156,8 @@ VPHTTPRequest::VPHTTPRequest(std::string_view address, VPHTTPRequestMethod metho
                              std::string saveToPath, Progress progress, Completion completion)
     : method_(method), savePath_(std::move(saveToPath)), progress_(std::move(progress)),
       completion_(std::move(completion)),
-      saveDataDispatchQueue_(DispatchQueue::createSerial(kVPHTTPRequestQueueLabel, *engineQueue())),
-      timeoutTimer_(*saveDataDispatchQueue_) {
+      saveDataDispatchQueue_(DispatchQueue::createSerial(
+          kVPHTTPRequestQueueLabel, savePath_.empty() ? *engineQueue() : fileWriteQueue())) {
     // Switching pipelining on for requests other than POST without a save path has no
     // counterpart here: libcurl dropped HTTP/1.1 pipelining, and its transfers share kept-alive
     // connections anyway.
@@ -154,6 +169,7 @@ VPHTTPRequest::VPHTTPRequest(std::string_view address, VPHTTPRequestMethod metho
     if (auto url = URL::URLWithString(address)) {
         requestPath_ = url->path();
         if (requestPath_.starts_with('/')) requestPath_.erase(0, 1);
+        fields_.set(&Fields::urlParses, true);
     }
 }
 
@@ -307,8 +323,8 @@ unsigned VPHTTPRequest::timeoutInterval() const {
 void VPHTTPRequest::setTimeoutInterval(unsigned seconds) {
     fields_.set(&Fields::timeoutInterval, seconds);
     // A caller may set the limit on a request its client has already started (the queue starts
-    // requests at once): the running timer takes it.
-    if (isExecuting() && savePath_.empty()) armTimeoutTimer();
+    // requests at once): the running transfer takes it.
+    if (isExecuting() && savePath_.empty()) applyDeadline();
 }
 
 URLRequest VPHTTPRequest::operationRequest() const {
@@ -418,7 +434,10 @@ void VPHTTPRequest::addParametersToRequest(const Value& parameters) {
         // Appended as text, keys as given, and always after a "?": an address that already has a
         // query gets a second one, which the server reads as part of its last value. Callers
         // that build addresses with queries rely on their parameters arriving this way.
-        fields_.with([&](Fields& f) { f.request.url += "?" + query; });
+        fields_.with([&](Fields& f) {
+            f.request.url += "?" + query;
+            f.urlParses = false;
+        });
         return;
     }
 
@@ -477,8 +496,10 @@ void VPHTTPRequest::start() {
     if (const Value parameters = this->parameters(); !parameters.isNil()) addParametersToRequest(parameters);
 
     const std::optional<std::string> agent = defaultUserAgent();
+    bool urlParses = false;
     URLRequest request = fields_.with([&](Fields& f) {
         f.parameters = Value();
+        urlParses = f.urlParses;
         if (f.userAgent) {
             f.request.setValueForHTTPHeaderField(*f.userAgent, "User-Agent");
         } else if (agent) {
@@ -500,8 +521,7 @@ void VPHTTPRequest::start() {
 
     setState(OperationState::Executing);
     VPErrorPtr failure = savePath_.empty() ? VPErrorPtr() : openSaveFile();
-    if (savePath_.empty()) armTimeoutTimer();
-    if (!failure && !URL::URLWithString(request.url))
+    if (!failure && !urlParses && !URL::URLWithString(request.url))
         failure = errorWithFailingURL(kNSURLErrorBadURL, "bad URL");
     if (failure) {
         saveDataDispatchQueue_->async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()),
@@ -522,6 +542,10 @@ void VPHTTPRequest::start() {
         // transfer thread, so it may happen under the lock.
         if (f.finishing) return false;
         f.transfer = transfer;
+        // The limit in force now; a later change moves the deadline of the running transfer.
+        if (savePath_.empty())
+            transfer->setDeadline(f.startTime +
+                                  std::chrono::seconds(effectiveTimeoutInterval(f.timeoutInterval)));
         transfer->start();
         return true;
     });
@@ -545,21 +569,14 @@ VPErrorPtr VPHTTPRequest::openSaveFile() {
                    {"NSFilePath", Value(savePath_)}});
 }
 
-void VPHTTPRequest::armTimeoutTimer() {
-    std::weak_ptr<VPHTTPRequest> weak = std::static_pointer_cast<VPHTTPRequest>(shared_from_this());
-    // The limit is read and the timer armed under one lock, so that of two threads arming at once
-    // (`start` and a new limit) the one with the older limit can't arm last. Nothing is armed once
-    // the request has ended.
+void VPHTTPRequest::applyDeadline() {
+    // The limit is read and the deadline set under one lock, so that of two threads setting it at
+    // once (`start` and a new limit) the one with the older limit can't set it last. A transfer
+    // not yet made takes the limit when `start` makes it.
     fields_.with([&](const Fields& f) {
-        if (completed_ || f.finishing) return;
-        const std::chrono::seconds limit(effectiveTimeoutInterval(f.timeoutInterval));
-        const auto remaining = f.startTime + limit - std::chrono::steady_clock::now();
-        timeoutTimer_.start(
-            std::max(remaining, std::chrono::steady_clock::duration::zero()),
-            [weak] {
-                if (auto self = weak.lock()) self->requestTimeout();
-            },
-            false);
+        if (completed_ || f.finishing || !f.transfer) return;
+        f.transfer->setDeadline(f.startTime +
+                                std::chrono::seconds(effectiveTimeoutInterval(f.timeoutInterval)));
     });
 }
 
@@ -581,15 +598,74 @@ void VPHTTPRequest::requestTimeout() {
                                     errorWithFailingURL(kNSURLErrorTimedOut, "The operation timed out."));
 }
 
-// On the transfer thread: the events go to the serial queue, in order.
-void VPHTTPRequest::receiveResponse(std::shared_ptr<HTTPURLResponse> response) {
+// On the transfer thread: the events go to the serial queue, in order, together at the end of the
+// transfer thread's pass.
+void VPHTTPRequest::keepEvent(TransferEvent event) {
+    std::lock_guard lock(eventsMutex_);
+    events_.push_back(std::move(event));
+}
+
+void VPHTTPRequest::queueEventsJob() {
+    {
+        std::lock_guard lock(eventsMutex_);
+        // A job that is queued or running takes these too.
+        if (events_.empty() || std::exchange(eventsJobQueued_, true)) return;
+    }
     saveDataDispatchQueue_->async(
-        [self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()), response = std::move(response)] {
-            const std::int64_t expected = response->expectedContentLength;
-            self->expectedContentLength_ = expected < 0 ? -1.0f : static_cast<float>(expected);
-            self->receivedContentLength_ = 0;
-            self->fields_.set(&Fields::response, response);
+        [self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this())] { self->handlePostedEvents(); });
+}
+
+void VPHTTPRequest::handlePostedEvents() {
+    std::vector<TransferEvent> events;
+    {
+        std::lock_guard lock(eventsMutex_);
+        events.swap(events_);
+    }
+    for (auto& event : events)
+        handle(event);
+    // Events that came meanwhile get a job of their own, behind whatever else the queue holds.
+    bool more = false;
+    {
+        std::lock_guard lock(eventsMutex_);
+        more = !events_.empty();
+        eventsJobQueued_ = more;
+    }
+    if (more) {
+        saveDataDispatchQueue_->async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this())] {
+            self->handlePostedEvents();
         });
+    }
+}
+
+void VPHTTPRequest::handle(TransferEvent& event) {
+    using Kind = TransferEvent::Kind;
+    switch (event.kind) {
+    case Kind::Response: {
+        const std::int64_t expected = event.response->expectedContentLength;
+        expectedContentLength_ = expected < 0 ? -1.0f : static_cast<float>(expected);
+        receivedContentLength_ = 0;
+        fields_.set(&Fields::response, std::move(event.response));
+        break;
+    }
+    case Kind::Data:
+        writeChunk(event.data);
+        break;
+    case Kind::Sent:
+        if (!completed_)
+            reportProgress(static_cast<float>(event.written) / static_cast<float>(event.expected));
+        break;
+    case Kind::Finished:
+        finishLoading();
+        break;
+    case Kind::Failed:
+        // An in-memory body has no time limit on its transfer but the deadline its own limit set.
+        if (savePath_.empty() && event.error && event.error->code() == kNSURLErrorTimedOut) {
+            requestTimeout();
+        } else {
+            callCompletionBlockWithResponse(Value(), std::move(event.error));
+        }
+        break;
+    }
 }
 
 // On the transfer thread. False holds the transfer back until the queue has caught up.
@@ -599,8 +675,9 @@ bool VPHTTPRequest::receiveData(std::string_view data) {
     if (pendingBytes_.load() > kPendingHighWater) return false;
     paused_ = false;
     pendingBytes_ += data.size();
-    saveDataDispatchQueue_->async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()),
-                                   chunk = std::string(data)] { self->writeChunk(chunk); });
+    TransferEvent event(TransferEvent::Kind::Data);
+    event.data = data;
+    keepEvent(std::move(event));
     return true;
 }
 
@@ -677,12 +754,8 @@ void VPHTTPRequest::finishLoading() {
 
 void VPHTTPRequest::callCompletionBlockWithResponse(Value response, VPErrorPtr error) {
     // Time-out, transfer end and write failure race for this step: the first one completes.
-    // Under the lock that arms the timer, so that no timer is armed after this.
-    const bool first = fields_.with([this](const Fields&) {
-        if (completed_.exchange(true)) return false;
-        timeoutTimer_.cancel();
-        return true;
-    });
+    // Under the lock that sets the deadline, so that none is set after this.
+    const bool first = fields_.with([this](const Fields&) { return !completed_.exchange(true); });
     if (!first) return;
     closeFile();
     DispatchQueue::main().async([self = std::static_pointer_cast<VPHTTPRequest>(shared_from_this()),
@@ -730,14 +803,12 @@ void VPHTTPRequest::reportProgress(float progress) const {
     }
 }
 
-// Also clears the timer, under the lock that arms it.
 void VPHTTPRequest::finish() {
     std::shared_ptr<HTTPTransfer> transfer;
     const bool first = fields_.with([&](Fields& f) {
         // Cancel and the completion step may both end the request: only the first does.
         if (f.finishing) return false;
         f.finishing = true;
-        timeoutTimer_.cancel();
         transfer = std::move(f.transfer);
         return true;
     });

@@ -5,9 +5,11 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "velmo/foundation/DispatchQueue.h"
 #include "velmo/foundation/Guarded.h"
@@ -58,8 +60,9 @@ std::string encodedURLParameterString(std::string_view string);
 /// it (60 s), counted only while not one byte moves: a download that keeps moving, however
 /// slowly, always completes, and one whose server went silent still ends.
 ///
-/// The HTTP engine (each request's serial queue and timer, and the starts of a client's queue)
-/// runs on threads of its own, `engineQueue`.
+/// The HTTP engine (each request's serial queue and the starts of a client's queue) runs on
+/// threads of its own, `engineQueue` and, for bodies saved to files, a pool for file writes; the
+/// time-out of an in-memory body is the deadline of its transfer, kept by the transfer thread.
 class VPHTTPRequest : public Operation {
 public:
     /// (response, URL response, error): the response is the parsed JSON of an "application/json"
@@ -116,9 +119,10 @@ public:
     static void setDefaultUserAgent(std::optional<std::string> userAgent);
     /// Requests started and not yet finished (VPHTTPRequestTaskCount); raised on the main queue.
     static unsigned taskCount();
-    /// The engine's threads. Never shared with work that waits on requests: jobs of the global
-    /// queues block until their requests end, and requests that needed a global thread to end
-    /// would then wait for those jobs forever.
+    /// The engine's thread: starts of a client's queue, and the serial queues of bodies kept in
+    /// memory (those saved to files have threads of their own). Never shared with work that waits
+    /// on requests: jobs of the global queues block until their requests end, and requests that
+    /// needed a global thread to end would then wait for those jobs forever.
     static const std::shared_ptr<DispatchQueue>& engineQueue();
 
     // ---- the operation
@@ -174,18 +178,36 @@ public:
 
 private:
     struct TransferEvents;
+    /// One event of the transfer, waiting for the serial queue.
+    struct TransferEvent {
+        enum class Kind { Response, Data, Sent, Finished, Failed };
+        explicit TransferEvent(Kind kind) : kind(kind) {}
+        Kind kind;
+        std::shared_ptr<HTTPURLResponse> response;
+        std::string data;
+        std::int64_t written = 0;
+        std::int64_t expected = 0;
+        VPErrorPtr error;
+    };
 
     // Encoding (addParametersToRequest:), run by `start`.
     void addParametersToRequest(const Value& parameters);
     std::string parameterStringForDictionary(const Dictionary& parameters) const;
     std::string multipartBody(const Dictionary& parameters) const;
 
-    void armTimeoutTimer();
+    /// Gives the running transfer of an in-memory body the end that the limit in force sets.
+    void applyDeadline();
     VPErrorPtr openSaveFile();
     void reportProgress(float progress) const;
     void requestTimeout();
-    void receiveResponse(std::shared_ptr<HTTPURLResponse> response);
     bool receiveData(std::string_view data);
+    /// On the transfer thread: keeps the event for the serial queue; at the end of the transfer
+    /// thread's pass, `queueEventsJob` queues one job for all the events kept so far.
+    void keepEvent(TransferEvent event);
+    void queueEventsJob();
+    /// On the serial queue: handles the events kept so far, in order.
+    void handlePostedEvents();
+    void handle(TransferEvent& event);
     void writeChunk(const std::string& chunk);
     void finishLoading();
     /// callCompletionBlockWithResponse:error:
@@ -205,7 +227,7 @@ private:
 
     // What crosses threads: the caller's setters, `start`, the transfer's events, the serial queue
     // and the main queue all meet here, in one block under one lock. The same lock orders the
-    // arming and clearing of the timer against `finishing`.
+    // setting of the transfer's deadline against `finishing`.
     struct Fields {
         URLRequest request;
         Value parameters;
@@ -219,11 +241,17 @@ private:
         std::shared_ptr<HTTPURLResponse> response;
         std::chrono::steady_clock::time_point startTime;
         bool finishing = false;
+        bool urlParses = false; // the request's URL as it stands is known to parse
     };
     Guarded<Fields> fields_;
 
     std::shared_ptr<DispatchQueue> saveDataDispatchQueue_;
-    DispatchTimer timeoutTimer_;
+
+    // The transfer's events on their way to the serial queue: one job takes all that have come,
+    // so that a small answer (head, body and end in one go) costs the queue one job, not three.
+    std::mutex eventsMutex_;
+    std::vector<TransferEvent> events_;
+    bool eventsJobQueued_ = false;
 
     // Touched on the serial queue only, but for the file's opening by `start`, under the fields' lock,
     // before the transfer can queue a write.
