@@ -21,19 +21,42 @@ constexpr std::size_t kOutputChunk = 64u << 10;
 // Read bytes are cut off the front of an input's backlog once there are this many of them.
 constexpr std::size_t kCompactAt = 1u << 20;
 
-/// A file descriptor and a compressor, let go however the deflating ends.
-struct DeflateResources {
-    z_stream stream{};
-    bool streamReady = false;
+/// A file open for reading, closed however the deflating ends.
+struct InputFile {
     int fd = -1;
 
-    ~DeflateResources() {
-        if (streamReady) deflateEnd(&stream);
+    ~InputFile() {
         if (fd >= 0) ::close(fd);
     }
 };
 
 } // namespace
+
+struct ParallelDeflater::Workspace {
+    z_stream stream{};
+    bool ready = false;
+    int level = 0;
+    std::vector<unsigned char> in = std::vector<unsigned char>(kInputChunk);
+    std::vector<unsigned char> out = std::vector<unsigned char>(kOutputChunk);
+
+    Workspace() = default;
+    Workspace(const Workspace&) = delete;
+    Workspace& operator=(const Workspace&) = delete;
+    ~Workspace() {
+        if (ready) deflateEnd(&stream);
+    }
+
+    /// The compressor, ready for a new input at `newLevel`: reset, or made anew for another level.
+    bool start(int newLevel) {
+        if (ready && level == newLevel && deflateReset(&stream) == Z_OK) return true;
+        if (ready) deflateEnd(&stream);
+        stream = z_stream{};
+        ready =
+            deflateInit2(&stream, newLevel, Z_DEFLATED, -MAX_WBITS, kMemoryLevel, Z_DEFAULT_STRATEGY) == Z_OK;
+        level = newLevel;
+        return ready;
+    }
+};
 
 struct ParallelDeflater::Job {
     explicit Job(Input from) : input(std::move(from)) {}
@@ -144,6 +167,7 @@ void ParallelDeflater::moveHead(std::size_t index) {
 }
 
 void ParallelDeflater::work() {
+    Workspace workspace;
     for (;;) {
         std::size_t index = 0;
         {
@@ -156,30 +180,28 @@ void ParallelDeflater::work() {
             if (stopping_ || next_ == jobs_.size()) return;
             index = next_++;
         }
-        deflate(index);
+        deflate(index, workspace);
     }
 }
 
-void ParallelDeflater::deflate(std::size_t index) {
+void ParallelDeflater::deflate(std::size_t index, Workspace& workspace) {
     const Input& input = jobs_[index].input; // never changed once made: read without the lock
-    DeflateResources resources;
-    if (deflateInit2(&resources.stream, input.level, Z_DEFLATED, -MAX_WBITS, kMemoryLevel,
-                     Z_DEFAULT_STRATEGY) != Z_OK) {
+    if (!workspace.start(input.level)) {
         finish(index, {}, Failure{ENOMEM, false});
         return;
     }
-    resources.streamReady = true;
+    InputFile file;
     if (!input.data) {
-        resources.fd = ::open(input.path.c_str(), O_RDONLY | O_CLOEXEC);
-        if (resources.fd < 0) {
+        file.fd = ::open(input.path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (file.fd < 0) {
             finish(index, {}, Failure{errno, true});
             return;
         }
     }
 
-    z_stream& stream = resources.stream;
-    std::vector<unsigned char> in(input.data ? 0 : kInputChunk);
-    std::vector<unsigned char> out(kOutputChunk);
+    z_stream& stream = workspace.stream;
+    std::vector<unsigned char>& in = workspace.in;
+    std::vector<unsigned char>& out = workspace.out;
     std::uint64_t remaining = input.data ? input.data->size() : input.size;
     Result result;
     int flush = Z_NO_FLUSH;
@@ -192,7 +214,7 @@ void ParallelDeflater::deflate(std::size_t index) {
         } else if (count > 0) {
             ssize_t n = 0;
             do {
-                n = ::read(resources.fd, in.data(), count);
+                n = ::read(file.fd, in.data(), count);
             } while (n < 0 && errno == EINTR);
             if (n < 0) {
                 finish(index, {}, Failure{errno, false});

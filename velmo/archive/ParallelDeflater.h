@@ -64,9 +64,11 @@ public:
 
 private:
     struct Job;
+    /// A worker's compressor and buffers, kept from one input to the next.
+    struct Workspace;
 
     void work();
-    void deflate(std::size_t index);
+    void deflate(std::size_t index, Workspace& workspace);
     /// Hands compressed bytes to the reader, waiting while too much is kept ahead of it. False
     /// when the job is no longer wanted: the reader has passed it, or the deflater is stopping.
     bool publish(std::size_t index, const unsigned char* bytes, std::size_t count);
