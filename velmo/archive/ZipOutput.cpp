@@ -5,14 +5,21 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <exception>
 #include <filesystem>
+#include <map>
+#include <memory>
+#include <new>
+#include <thread>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <zip.h>
 
+#include "velmo/archive/ParallelDeflater.h"
 #include "velmo/foundation/Files.h"
 
 namespace velmo {
@@ -21,6 +28,10 @@ namespace {
 
 // A level of -1 asks for zlib's own default; the ZIP library's default would be 9.
 constexpr int kDefaultDeflateLevel = 6;
+
+int levelOf(const ZipOutput::EntryOptions& options) {
+    return options.compressionLevel < 0 ? kDefaultDeflateLevel : options.compressionLevel;
+}
 
 struct CloseProgressState {
     const ZipOutput::CloseProgress* progress;
@@ -49,13 +60,129 @@ int onCloseCancel(zip_t*, void* context) {
     return static_cast<CloseProgressState*>(context)->exception ? 1 : 0;
 }
 
+/// An entry whose bytes the workers deflate ahead of the writing. The library takes them as they
+/// come, already compressed, so it neither compresses them again nor computes their checksum.
+struct DeflatedEntry {
+    ParallelDeflater::Input input;
+    std::time_t mtime = 0;
+    zip_error_t error;
+    /// Set while the archive is being written: where the entry's bytes come from, as which input.
+    ParallelDeflater* deflater = nullptr;
+    std::size_t job = 0;
+    bool opened = false;
+    bool read = false;
+
+    DeflatedEntry(ParallelDeflater::Input deflaterInput, std::time_t modified)
+        : input(std::move(deflaterInput)), mtime(modified) {
+        zip_error_init(&error);
+    }
+    ~DeflatedEntry() { zip_error_fini(&error); }
+    DeflatedEntry(const DeflatedEntry&) = delete;
+    DeflatedEntry& operator=(const DeflatedEntry&) = delete;
+};
+
+// The deflate options in the general-purpose flags (bits 1 and 2) as the library sets them when
+// it compresses: fast for levels 1 and 2, maximum for 8 and 9, normal otherwise.
+constexpr zip_uint16_t kDeflateOptionMask = 0x0006;
+zip_uint16_t deflateOptionFlags(int level) {
+    if (level <= 2) return 0x0004;
+    return level >= 8 ? 0x0002 : 0;
+}
+
+zip_int64_t onDeflatedEntry(void* userdata, void* data, zip_uint64_t length, zip_source_cmd_t command) {
+    auto* holder = static_cast<std::shared_ptr<DeflatedEntry>*>(userdata);
+    DeflatedEntry& entry = **holder;
+    switch (command) {
+    case ZIP_SOURCE_OPEN:
+        // The bytes come once per writing: an entry opened twice would read as empty.
+        if (!entry.deflater || entry.opened) {
+            zip_error_set(&entry.error, ZIP_ER_INTERNAL, 0);
+            return -1;
+        }
+        entry.opened = true;
+        return 0;
+    case ZIP_SOURCE_READ: {
+        const std::int64_t count = entry.deflater->read(entry.job, data, static_cast<std::size_t>(length));
+        if (count < 0) {
+            const ParallelDeflater::Failure failure = entry.deflater->failure(entry.job);
+            zip_error_set(&entry.error, failure.opening ? ZIP_ER_OPEN : ZIP_ER_READ, failure.error);
+            return -1;
+        }
+        entry.read = entry.read || count == 0;
+        return count;
+    }
+    case ZIP_SOURCE_CLOSE:
+        return 0;
+    case ZIP_SOURCE_STAT: {
+        auto* st = ZIP_SOURCE_GET_ARGS(zip_stat_t, data, length, &entry.error);
+        if (!st) return -1;
+        zip_stat_init(st);
+        st->valid = ZIP_STAT_SIZE | ZIP_STAT_MTIME | ZIP_STAT_COMP_METHOD;
+        st->size = entry.input.size;
+        st->mtime = entry.mtime;
+        st->comp_method = ZIP_CM_DEFLATE;
+        // The checksum and the sizes are known once the bytes are read; the library asks again then.
+        if (entry.read && entry.deflater) {
+            const ParallelDeflater::Result result = entry.deflater->result(entry.job);
+            st->valid |= ZIP_STAT_CRC | ZIP_STAT_COMP_SIZE;
+            st->size = result.size;
+            st->crc = result.crc;
+            st->comp_size = result.compressedSize;
+        }
+        return sizeof(zip_stat_t);
+    }
+    case ZIP_SOURCE_GET_FILE_ATTRIBUTES: {
+        auto* attributes = ZIP_SOURCE_GET_ARGS(zip_file_attributes_t, data, length, &entry.error);
+        if (!attributes) return -1;
+        attributes->valid |= ZIP_FILE_ATTRIBUTES_GENERAL_PURPOSE_BIT_FLAGS;
+        attributes->general_purpose_bit_flags = deflateOptionFlags(entry.input.level);
+        attributes->general_purpose_bit_mask = kDeflateOptionMask;
+        return 0;
+    }
+    case ZIP_SOURCE_ERROR:
+        return zip_error_to_data(&entry.error, data, length);
+    case ZIP_SOURCE_FREE:
+        delete holder;
+        return 0;
+    case ZIP_SOURCE_SUPPORTS:
+        return zip_source_make_command_bitmap(ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE,
+                                              ZIP_SOURCE_STAT, ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE,
+                                              ZIP_SOURCE_SUPPORTS, ZIP_SOURCE_GET_FILE_ATTRIBUTES, -1);
+    default:
+        zip_error_set(&entry.error, ZIP_ER_OPNOTSUPP, 0);
+        return -1;
+    }
+}
+
 } // namespace
 
 struct ZipOutput::Impl {
     zip_t* archive = nullptr;
     std::string path;
+    unsigned threads = 1;
     /// The entries read from files, by index: `close` may have to leave some out.
     std::vector<std::pair<zip_uint64_t, DroppedFile>> files;
+    /// The entries deflated by the workers, by index, which is the order the library writes them in.
+    std::map<zip_uint64_t, std::shared_ptr<DeflatedEntry>> deflated;
+
+    /// Whether an entry at this level is deflated by the workers rather than by the library.
+    bool deflatesAhead(const EntryOptions& options) const {
+        return threads > 1 && options.compressionLevel != 0;
+    }
+
+    /// A source whose bytes the workers deflate; the library owns it, and through it a share of `entry`.
+    zip_source_t* deflatedSource(const std::shared_ptr<DeflatedEntry>& entry) {
+        auto* holder = new std::shared_ptr<DeflatedEntry>(entry);
+        zip_source_t* source = zip_source_function(archive, onDeflatedEntry, holder);
+        if (!source) delete holder;
+        return source;
+    }
+
+    /// Takes an entry out of the archive and out of the records kept of it.
+    void remove(zip_uint64_t index) {
+        zip_delete(archive, index);
+        deflated.erase(index);
+    }
 
     ZipResult fail(zip_error_t* error, std::string& message) {
         message = zip_error_strerror(error);
@@ -69,7 +196,7 @@ struct ZipOutput::Impl {
                         std::string& message) {
         const auto index = static_cast<zip_uint64_t>(added);
         const bool store = options.compressionLevel == 0 || isDirectory;
-        const int level = options.compressionLevel < 0 ? kDefaultDeflateLevel : options.compressionLevel;
+        const int level = levelOf(options);
         int rc = zip_set_file_compression(archive, index, store ? ZIP_CM_STORE : ZIP_CM_DEFLATE,
                                           store ? 0 : static_cast<zip_uint32_t>(level));
         // A file's date is its source's; setting another would break the traditional cipher's
@@ -89,7 +216,7 @@ struct ZipOutput::Impl {
         }
         if (rc == 0) return ZipResult::Ok;
         const ZipResult result = fail(zip_get_error(archive), message);
-        zip_delete(archive, index);
+        remove(index);
         return result;
     }
 
@@ -132,20 +259,24 @@ struct ZipOutput::Impl {
             // Only short of memory (the placeholder is a folder's name when the name is): neither
             // entry is in the archive now.
             result = fail(zip_get_error(archive), message);
-            zip_delete(archive, static_cast<zip_uint64_t>(index));
+            remove(static_cast<zip_uint64_t>(index));
         }
         return result;
     }
 
-    /// The record of a file entry whose place a later one took is dropped with it.
+    /// The records of an entry whose place a later one took are dropped with it.
     void forget(zip_int64_t replaced) {
         if (replaced < 0) return;
         std::erase_if(files,
                       [&](const auto& file) { return file.first == static_cast<zip_uint64_t>(replaced); });
+        deflated.erase(static_cast<zip_uint64_t>(replaced));
     }
 };
 
-ZipOutput::ZipOutput() : impl_(std::make_unique<Impl>()) {}
+ZipOutput::ZipOutput(unsigned compressionThreads) : impl_(std::make_unique<Impl>()) {
+    impl_->threads =
+        compressionThreads > 0 ? compressionThreads : std::max(1u, std::thread::hardware_concurrency());
+}
 
 ZipOutput::~ZipOutput() {
     discard();
@@ -182,29 +313,64 @@ bool ZipOutput::isOpen() const {
 ZipResult ZipOutput::addFile(const std::string& name, const std::string& sourcePath,
                              const EntryOptions& options) {
     if (!impl_->archive) return ZipResult::InvalidArgument;
+    zip_source_t* source = nullptr;
+    std::shared_ptr<DeflatedEntry> deflated;
+    if (impl_->deflatesAhead(options)) {
+        // The size and date as the file has them now, as the library would take them: the entry
+        // holds no more than this size, under this date.
+        struct stat st;
+        if (::stat(sourcePath.c_str(), &st) != 0) {
+            lastMessage_ = sourcePath + ": " + std::strerror(errno);
+            return ZipResult::ReadError;
+        }
+        deflated = std::make_shared<DeflatedEntry>(
+            ParallelDeflater::Input{sourcePath, static_cast<std::uint64_t>(st.st_size), nullptr,
+                                    levelOf(options)},
+            st.st_mtime);
+        source = impl_->deflatedSource(deflated);
+    } else {
+        source = zip_source_file(impl_->archive, sourcePath.c_str(), 0, -1);
+    }
     zip_int64_t index = -1;
     zip_int64_t replaced = -1;
-    const ZipResult result = impl_->add(name, zip_source_file(impl_->archive, sourcePath.c_str(), 0, -1),
-                                        options, false, lastMessage_, index, replaced);
+    const ZipResult result = impl_->add(name, source, options, false, lastMessage_, index, replaced);
     impl_->forget(replaced);
     if (result == ZipResult::Ok) {
         impl_->files.emplace_back(static_cast<zip_uint64_t>(index), DroppedFile{name, sourcePath, 0});
+        if (deflated) impl_->deflated.emplace(static_cast<zip_uint64_t>(index), std::move(deflated));
     }
     return counted(result, replaced);
 }
 
 ZipResult ZipOutput::addData(const std::string& name, std::string_view data, const EntryOptions& options) {
     if (!impl_->archive) return ZipResult::InvalidArgument;
-    // The library frees the copy once the archive is written.
-    void* copy = data.empty() ? nullptr : std::malloc(data.size());
-    if (!data.empty() && !copy) return ZipResult::OutOfMemory;
-    if (copy) std::memcpy(copy, data.data(), data.size());
-    zip_source_t* source = zip_source_buffer(impl_->archive, copy, data.size(), 1);
-    if (!source) std::free(copy);
+    zip_source_t* source = nullptr;
+    std::shared_ptr<DeflatedEntry> deflated;
+    if (impl_->deflatesAhead(options)) {
+        std::shared_ptr<const std::string> copy;
+        try {
+            copy = std::make_shared<const std::string>(data);
+            deflated = std::make_shared<DeflatedEntry>(
+                ParallelDeflater::Input{std::string(), copy->size(), copy, levelOf(options)},
+                std::time(nullptr));
+        } catch (const std::bad_alloc&) {
+            return ZipResult::OutOfMemory;
+        }
+        source = impl_->deflatedSource(deflated);
+    } else {
+        // The library frees the copy once the archive is written.
+        void* copy = data.empty() ? nullptr : std::malloc(data.size());
+        if (!data.empty() && !copy) return ZipResult::OutOfMemory;
+        if (copy) std::memcpy(copy, data.data(), data.size());
+        source = zip_source_buffer(impl_->archive, copy, data.size(), 1);
+        if (!source) std::free(copy);
+    }
     zip_int64_t index = -1;
     zip_int64_t replaced = -1;
     const ZipResult result = impl_->add(name, source, options, false, lastMessage_, index, replaced);
     impl_->forget(replaced);
+    if (result == ZipResult::Ok && deflated)
+        impl_->deflated.emplace(static_cast<zip_uint64_t>(index), std::move(deflated));
     return counted(result, replaced);
 }
 
@@ -233,7 +399,7 @@ ZipResult ZipOutput::close(const CloseProgress& progress) {
     // The library reads the files only now. A failed close leaves the archive as it was, so
     // files that went away since they were added are left out and the rest is tried again:
     // one file doesn't cost the others.
-    while (zip_close(archive) != 0) {
+    while (!writeArchive()) {
         if (state.exception) {
             discard();
             std::rethrow_exception(state.exception);
@@ -247,6 +413,7 @@ ZipResult ZipOutput::close(const CloseProgress& progress) {
     }
     impl_->archive = nullptr;
     impl_->files.clear();
+    impl_->deflated.clear();
     if (state.exception) std::rethrow_exception(state.exception);
     const std::uint64_t entries = entries_;
     if (entries == 0) {
@@ -273,13 +440,35 @@ bool ZipOutput::dropUnreadableFiles() {
             ++it;
             continue;
         }
-        zip_delete(impl_->archive, it->first);
+        impl_->remove(it->first);
         --entries_;
         dropped_.push_back(std::move(it->second));
         dropped_.back().error = error;
         it = files.erase(it);
     }
     return dropped_.size() > before;
+}
+
+bool ZipOutput::writeArchive() {
+    // The workers start on the deflated entries in the order the library will ask for them, and
+    // stop, whatever is left, when the library is done: written, failed or cancelled.
+    std::unique_ptr<ParallelDeflater> deflater;
+    if (!impl_->deflated.empty()) {
+        std::vector<ParallelDeflater::Input> inputs;
+        inputs.reserve(impl_->deflated.size());
+        for (const auto& [index, entry] : impl_->deflated) {
+            entry->job = inputs.size();
+            entry->opened = entry->read = false;
+            inputs.push_back(entry->input);
+        }
+        deflater = std::make_unique<ParallelDeflater>(std::move(inputs), impl_->threads);
+        for (const auto& [index, entry] : impl_->deflated)
+            entry->deflater = deflater.get();
+    }
+    const bool written = zip_close(impl_->archive) == 0;
+    for (const auto& [index, entry] : impl_->deflated)
+        entry->deflater = nullptr;
+    return written;
 }
 
 ZipResult ZipOutput::counted(ZipResult result, std::int64_t replaced) {
@@ -292,6 +481,7 @@ void ZipOutput::discard() {
     if (impl_->archive) zip_discard(impl_->archive);
     impl_->archive = nullptr;
     impl_->files.clear();
+    impl_->deflated.clear();
 }
 
 } // namespace velmo

@@ -13,8 +13,12 @@ namespace velmo {
 
 /// An archive being written: the archive wrapper's only way into the ZIP library for writing.
 /// Entries are recorded as they are added; their bytes are read, compressed and written by
-/// `close`, one source file open at a time. A file that can no longer be read by then is left
-/// out, and the rest is written.
+/// `close`. A file that can no longer be read by then is left out, and the rest is written.
+///
+/// Deflated entries are compressed on worker threads ahead of the writing, which takes them
+/// already compressed, in the order they were added; the archive is the one the library would
+/// have written compressing each entry itself (encryption, which stays with the library, draws
+/// fresh random salts each time).
 class ZipOutput {
 public:
     struct EntryOptions {
@@ -39,7 +43,9 @@ public:
         int error = 0;
     };
 
-    ZipOutput();
+    /// `compressionThreads` workers deflate the entries, 0 for one per core; with 1 the library
+    /// compresses each entry itself as it writes it, on the calling thread.
+    explicit ZipOutput(unsigned compressionThreads = 0);
     ~ZipOutput();
     ZipOutput(const ZipOutput&) = delete;
     ZipOutput& operator=(const ZipOutput&) = delete;
@@ -75,6 +81,8 @@ private:
     ZipResult counted(ZipResult result, std::int64_t replaced);
     /// Deletes the entries whose files no longer open; false when there is none.
     bool dropUnreadableFiles();
+    /// One attempt at writing the archive, with the deflated entries compressed ahead of it.
+    bool writeArchive();
 
     struct Impl;
     std::unique_ptr<Impl> impl_;
