@@ -174,6 +174,8 @@ public:
 
 private:
     struct TransferEvents;
+    // Checks the encodings on their own, with nothing sent.
+    friend struct VPHTTPRequestEncodingProbe;
 
     // Encoding (addParametersToRequest:), run by `start`.
     void addParametersToRequest(const Value& parameters);
