@@ -62,10 +62,13 @@ for name in "${names[@]}"; do
   done
   log="$work/$name.log"
   echo "fuzz: $name for ${seconds}s"
+  options=(-max_total_time="$seconds" -timeout=25 -detect_leaks=1 -print_final_stats=1
+    -artifact_prefix="$findings/$name/")
+  # Each input has 25 s: far beyond any the harnesses take, so only a hang reaches it. A harness
+  # whose input names things (model classes and fields) has a dictionary of them.
+  if [ -f "tests/fuzz/$name.dict" ]; then options+=(-dict="tests/fuzz/$name.dict"); fi
   status=0
-  # Each input has 25 s: far beyond any the harnesses take, so only a hang reaches it.
-  nice "build/fuzz/tests/fuzz/velmo_fuzz_$name" -max_total_time="$seconds" -timeout=25 -detect_leaks=1 \
-    -print_final_stats=1 -artifact_prefix="$findings/$name/" "$corpus" >"$log" 2>&1 || status=$?
+  nice "build/fuzz/tests/fuzz/velmo_fuzz_$name" "${options[@]}" "$corpus" >"$log" 2>&1 || status=$?
   if [ "$status" -eq 0 ]; then
     grep -E '^#[0-9]+[[:space:]]+DONE' "$log" | tail -n 1 | sed 's/^/  /' || true
   else
