@@ -14,6 +14,7 @@ PACKAGES=(
   libboost1.81-dev libboost-url1.81-dev rapidjson-dev libfmt-dev libcli11-dev
   libcurl4-openssl-dev libssl-dev uuid-dev libzip-dev zlib1g-dev libsecret-1-dev libglib2.0-dev libfontconfig-dev
   libgtest-dev libgmock-dev libbenchmark-dev libcpp-httplib-dev nlohmann-json3-dev libsqlitecpp-dev libsqlite3-dev
+  clang-14 libfuzzer-14-dev libclang-rt-14-dev llvm-14
   gnome-keyring dbus fonts-dejavu-core
   curl zip unzip ca-certificates
 )

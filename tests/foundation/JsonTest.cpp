@@ -44,6 +44,34 @@ TEST(Json, NumbersAreWrittenInTheirShortestForm) {
     }
 }
 
+TEST(Json, NumbersReadAsTheirExactValue) {
+    const struct {
+        const char* text;
+        Value value;
+    } cases[] = {
+        // A zero stays zero whatever its exponent.
+        {"[0e-23]", Value(0.0)},
+        {"[-0.000e-308]", Value(-0.0)},
+        {"[0.0e-400]", Value(0.0)},
+        // Below the smallest double: zero, with its sign.
+        {"[1e-400]", Value(0.0)},
+        {"[-2.4703282292062327e-324]", Value(-0.0)},
+        {"[4.9406564584124654e-324]", Value(4.9406564584124654e-324)},
+        {"[1.7976931348623157e308]", Value(1.7976931348623157e308)},
+        {"[0.1]", Value(0.1)},
+        // Integers beyond 64 bits become doubles.
+        {"[-9223372036854775809]", Value(-9223372036854775809.0)},
+        {"[18446744073709551616]", Value(18446744073709551616.0)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        const Value read = Json::parse(c.text).array()[0];
+        EXPECT_EQ(read.kind(), Value::Kind::Double);
+        EXPECT_EQ(read, c.value);
+        EXPECT_EQ(std::signbit(read.doubleValue()), std::signbit(c.value.doubleValue()));
+    }
+}
+
 TEST(Json, PrettyFormUsesTwoSpaces) {
     EXPECT_EQ(Json::write(Json::parse(R"({"a":[1]})"), true), "{\n  \"a\": [\n    1\n  ]\n}");
 }
@@ -66,6 +94,8 @@ TEST(Json, BadInputIsAnErrorWithItsOffset) {
         {"NaN is not JSON", "[NaN]", 1},
         {"comments are not JSON", "[1 /* x */]", 3},
         {"top-level fragment", "42", 0},
+        {"past the largest double", "[1.7976931348623159e308]", 1},
+        {"lone low surrogate", R"(["\udc00"])", 9},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

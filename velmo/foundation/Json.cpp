@@ -2,8 +2,11 @@
 
 #include "velmo/foundation/Utf8.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
 #include <fmt/format.h>
@@ -35,9 +38,9 @@ public:
     bool Int64(int64_t i) { return push(Value(static_cast<long long>(i))); }
     bool Uint64(uint64_t u) { return push(Value(static_cast<unsigned long long>(u))); }
     bool Double(double d) { return push(Value(d)); }
-    bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }
-    bool String(const char* s, rapidjson::SizeType n, bool) { return push(Value(std::string_view(s, n))); }
-    bool Key(const char* s, rapidjson::SizeType n, bool) { return push(Value(std::string_view(s, n))); }
+    bool RawNumber(const char* s, rapidjson::SizeType n, bool) { return number(std::string_view(s, n)); }
+    bool String(const char* s, rapidjson::SizeType n, bool) { return text(std::string_view(s, n)); }
+    bool Key(const char* s, rapidjson::SizeType n, bool) { return text(std::string_view(s, n)); }
 
     bool StartObject() { return enter(); }
     bool EndObject(rapidjson::SizeType members) {
@@ -61,17 +64,100 @@ public:
         return true;
     }
 
-    bool tooDeep() const { return tooDeep_; }
+    /// Why the builder stopped the reader, if it did.
+    enum class Refusal { None, TooDeep, NumberTooBig, LoneSurrogate };
+    Refusal refusal() const { return refusal_; }
     Value result() { return stack_.empty() ? Value() : std::move(stack_.back()); }
 
 private:
+    // The reader checks the bytes of strings, and pairs of escaped surrogates, but it writes the
+    // escape of a lone low surrogate ("\udc00") as the three bytes of that code point, which no
+    // UTF-8 text holds: such a string is refused as a bad pair. Those bytes all begin with 0xED.
+    bool text(std::string_view s) {
+        if (s.find('\xED') != std::string_view::npos && !Utf8::isValid(s)) {
+            refusal_ = Refusal::LoneSurrogate;
+            return false;
+        }
+        return push(Value(s));
+    }
+
+    // Numbers arrive as their text, which the reader has checked, and are converted here:
+    // RapidJSON's own exact conversion reads a zero with a large negative exponent ("0e-23") as
+    // a tiny number that isn't zero, and a number just past the largest double ("1.8e308") as
+    // infinity. Integers stay integers while they fit in 64 bits, signed or not.
+    bool number(std::string_view text) {
+        const char* first = text.data();
+        const char* last = first + text.size();
+        if (text.find_first_of(".eE") == std::string_view::npos) {
+            if (text.front() == '-') {
+                long long i = 0;
+                if (std::from_chars(first, last, i).ec == std::errc()) return push(Value(i));
+            } else {
+                unsigned long long u = 0;
+                if (std::from_chars(first, last, u).ec == std::errc()) return push(Value(u));
+            }
+        }
+        double d = 0;
+        const std::from_chars_result r = std::from_chars(first, last, d);
+        if (r.ec == std::errc::result_out_of_range) {
+            if (!belowOne(text)) {
+                refusal_ = Refusal::NumberTooBig;
+                return false;
+            }
+            // Below the smallest double: zero, as the reader has always read it.
+            d = text.front() == '-' ? -0.0 : 0.0;
+        } else if (r.ec != std::errc() || r.ptr != last) {
+            return false;
+        }
+        return push(Value(d));
+    }
+
+    // Whether a non-zero number in JSON's syntax lies below 1 in magnitude: its first non-zero
+    // digit's power of ten, with the exponent added, is negative.
+    static bool belowOne(std::string_view text) {
+        std::size_t i = text.front() == '-' ? 1 : 0;
+        const auto digit = [&](std::size_t at) {
+            return at < text.size() && text[at] >= '0' && text[at] <= '9';
+        };
+        long long power = 0;
+        bool found = false;
+        while (digit(i)) {
+            if (!found && text[i] != '0') {
+                found = true;
+                power = 0;
+            } else if (found) {
+                ++power;
+            }
+            ++i;
+        }
+        if (i < text.size() && text[i] == '.') {
+            ++i;
+            for (long long place = -1; digit(i); ++i, --place) {
+                if (!found && text[i] != '0') {
+                    found = true;
+                    power = place;
+                }
+            }
+        }
+        long long exponent = 0;
+        if (i < text.size() && (text[i] == 'e' || text[i] == 'E')) {
+            ++i;
+            const bool negative = i < text.size() && text[i] == '-';
+            if (i < text.size() && (text[i] == '-' || text[i] == '+')) ++i;
+            for (; digit(i); ++i)
+                exponent = std::min<long long>(exponent * 10 + (text[i] - '0'), 1'000'000'000);
+            if (negative) exponent = -exponent;
+        }
+        return power + exponent < 0;
+    }
+
     bool push(Value v) {
         stack_.push_back(std::move(v));
         return true;
     }
     bool enter() {
         if (++depth_ > maxDepth_) {
-            tooDeep_ = true;
+            refusal_ = Refusal::TooDeep;
             return false;
         }
         return true;
@@ -80,15 +166,16 @@ private:
     std::vector<Value> stack_;
     unsigned depth_ = 0;
     unsigned maxDepth_;
-    bool tooDeep_ = false;
+    Refusal refusal_ = Refusal::None;
 };
 
 bool isJsonSpace(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-constexpr unsigned kParseFlags = rapidjson::kParseValidateEncodingFlag | rapidjson::kParseFullPrecisionFlag |
-                                 rapidjson::kParseIterativeFlag | rapidjson::kParseStopWhenDoneFlag;
+constexpr unsigned kParseFlags = rapidjson::kParseValidateEncodingFlag |
+                                 rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseIterativeFlag |
+                                 rapidjson::kParseStopWhenDoneFlag;
 
 } // namespace
 
@@ -98,9 +185,19 @@ Value Json::parse(std::string_view text, const ReadOptions& options) {
     rapidjson::Reader reader;
     const rapidjson::ParseResult result = reader.Parse<kParseFlags>(stream, builder);
     if (result.IsError()) {
-        if (builder.tooDeep()) {
+        switch (builder.refusal()) {
+        case ValueBuilder::Refusal::TooDeep:
             throw JsonParseError(fmt::format("nesting deeper than {} levels", options.maxDepth),
                                  result.Offset());
+        case ValueBuilder::Refusal::NumberTooBig:
+            throw JsonParseError(rapidjson::GetParseError_En(rapidjson::kParseErrorNumberTooBig),
+                                 result.Offset());
+        case ValueBuilder::Refusal::LoneSurrogate:
+            throw JsonParseError(
+                rapidjson::GetParseError_En(rapidjson::kParseErrorStringUnicodeSurrogateInvalid),
+                result.Offset());
+        case ValueBuilder::Refusal::None:
+            break;
         }
         throw JsonParseError(rapidjson::GetParseError_En(result.Code()), result.Offset());
     }

@@ -189,6 +189,8 @@ private:
         std::int64_t expected = 0;
         VPErrorPtr error;
     };
+    // Checks the encodings on their own, with nothing sent.
+    friend struct VPHTTPRequestEncodingProbe;
 
     // Encoding (addParametersToRequest:), run by `start`.
     void addParametersToRequest(const Value& parameters);
