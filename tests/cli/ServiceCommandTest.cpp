@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "RecordingHttpServer.h"
+#include "ShellCommand.h"
 #include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
 
@@ -21,10 +22,7 @@ namespace {
 
 const std::string kToken = "good-token-31337";
 
-struct Result {
-    int exitCode = -1;
-    std::string output; // both streams
-};
+using Result = ShellResult; // output: both streams
 
 /// How a run is told where the service is.
 enum class Address { Option, Environment, HostFile, None };
@@ -98,16 +96,7 @@ protected:
         }
         const fs::path stdinFile = home_ / "stdin";
         Files::writeAtomically(stdinFile, input);
-        Result run;
-        FILE* pipe = ::popen((prefix + " " + line + " < " + stdinFile.string() + " 2>&1").c_str(), "r");
-        if (!pipe) return run;
-        std::array<char, 4096> buffer{};
-        std::size_t n = 0;
-        while ((n = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0)
-            run.output.append(buffer.data(), n);
-        const int status = ::pclose(pipe);
-        run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        return run;
+        return runShell(prefix + " " + line + " < " + stdinFile.string() + " 2>&1");
     }
 
     struct Case {

@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "LocalHttpServer.h"
+#include "ShellCommand.h"
 #include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
 
@@ -23,27 +24,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct CommandRun {
-    int exitCode = -1;
-    std::string output; // what the redirection sends to the pipe: both streams by default
-};
+using CommandRun =
+    velmo::test::ShellResult; // output: what the redirection sends to the pipe, both streams by default
 
 /// Runs the command through the shell: `redirect` says where its streams go ("2>&1 >/dev/full":
 /// standard error to the pipe, standard output to a full device), `environment` is put before it.
 CommandRun runVelmo(const std::string& arguments, const std::string& redirect = "2>&1",
                     const std::string& environment = "") {
-    CommandRun run;
-    const std::string command =
-        environment + " " + std::string(VELMO_CLI_PATH) + " " + arguments + " " + redirect;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (!pipe) return run;
-    std::array<char, 4096> buffer{};
-    std::size_t n = 0;
-    while ((n = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0)
-        run.output.append(buffer.data(), n);
-    const int status = ::pclose(pipe);
-    run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
+    return velmo::test::runShell(environment + " " + std::string(VELMO_CLI_PATH) + " " + arguments + " " +
+                                 redirect);
 }
 
 const std::string kExamples = VELMO_EXAMPLES_DIR;
