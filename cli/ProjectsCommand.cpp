@@ -38,14 +38,10 @@ int runList(const ProjectsOptions& o) {
     int exitCode = kExitOK;
     const auto client = ServiceSession::start(o.api, true, exitCode);
     if (!client) return exitCode;
-    bool done = false;
-    VPErrorPtr error;
-    client->refreshProjectsWithCompletion([&](const Value&, VPErrorPtr e) {
-        error = std::move(e);
-        done = true;
-    });
-    if (!ServiceSession::wait([&] { return done; })) return kExitFailure;
-    if (error) return ServiceSession::fail(error);
+    const auto answer =
+        ServiceSession::call([&](auto completion) { client->refreshProjectsWithCompletion(completion); });
+    if (!answer) return kExitFailure;
+    if (answer->error) return ServiceSession::fail(answer->error);
     const Array projects = VPAccountData::shared().cachedProjects();
     if (o.json) {
         Console::out(Json::write(Value(projects.isNil() ? Array::create() : projects), true) + "\n");
@@ -73,21 +69,15 @@ int runCreate(const ProjectsOptions& o) {
     int exitCode = kExitOK;
     const auto client = ServiceSession::start(o.api, true, exitCode);
     if (!client) return exitCode;
-    bool done = false;
-    Value response;
-    VPErrorPtr error;
-    client->createProjectWithName(o.name, team, [&](const Value& r, VPErrorPtr e) {
-        response = r;
-        error = std::move(e);
-        done = true;
-    });
-    if (!ServiceSession::wait([&] { return done; })) return kExitFailure;
-    if (error) return ServiceSession::fail(error, response);
+    const auto answer = ServiceSession::call(
+        [&](auto completion) { client->createProjectWithName(o.name, team, completion); });
+    if (!answer) return kExitFailure;
+    if (answer->error) return ServiceSession::fail(answer->error, answer->response);
     if (o.json) {
-        Console::out(Json::write(response, true) + "\n");
+        Console::out(Json::write(answer->response, true) + "\n");
         return kExitOK;
     }
-    const Dictionary project = response.dictionary();
+    const Dictionary project = answer->response.dictionary();
     Console::out(fmt::format("created {} ({}){}\n", ServiceSession::shown(_projectDic_projectName(project)),
                              ServiceSession::shown(project.get("id")),
                              team ? fmt::format(" in team {}", *team) : std::string()));

@@ -23,6 +23,7 @@
 #include "server/ServiceError.h"
 #include "server/ServiceServer.h"
 #include "velmo/config/VPConfigManager.h"
+#include "velmo/foundation/Files.h"
 #include "velmo/foundation/Json.h"
 #include "velmo/foundation/SystemLog.h"
 
@@ -52,14 +53,6 @@ struct ServeOptions {
     bool json = false;
 };
 
-/// `$XDG_DATA_HOME/velmo/service`, else `~/.local/share/velmo/service`.
-fs::path defaultDataFolder() {
-    if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg && *xdg)
-        return fs::path(xdg) / "velmo" / "service";
-    const char* home = std::getenv("HOME");
-    return fs::path(home && *home ? home : ".") / ".local" / "share" / "velmo" / "service";
-}
-
 /// "HOST:PORT", "HOST:" or ":PORT"; nothing when the port isn't a number from 0 to 65535.
 std::optional<std::pair<std::string, int>> parseListen(const std::string& text) {
     const auto colon = text.rfind(':');
@@ -86,12 +79,13 @@ fs::path configFile(const std::string& option) {
     return {};
 }
 
-int fd[2] = {-1, -1};
+/// Written by the signal handler, read by the thread that stops the service.
+int gSignalPipe[2] = {-1, -1};
 
 void onSignal(int) {
     const char byte = 1;
     // Nothing else is safe in a handler; the watcher thread does the stopping.
-    [[maybe_unused]] const auto written = ::write(fd[1], &byte, 1);
+    [[maybe_unused]] const auto written = ::write(gSignalPipe[1], &byte, 1);
 }
 
 /// Runs the server until SIGINT or SIGTERM: requests in flight are answered, then it returns.
@@ -126,7 +120,7 @@ int runServer(const ServeOptions& o, const fs::path& data) {
     server.bind();
     // What the service can't answer is the operator's to see, whatever the command's verbosity.
     SystemLog::setSink([](std::string_view line) { Console::note(std::string(line) + "\n"); });
-    if (::pipe2(fd, O_CLOEXEC) != 0) throw std::runtime_error("cannot make the signal pipe");
+    if (::pipe2(gSignalPipe, O_CLOEXEC) != 0) throw std::runtime_error("cannot make the signal pipe");
     struct sigaction action = {};
     action.sa_handler = onSignal;
     sigemptyset(&action.sa_mask);
@@ -134,7 +128,7 @@ int runServer(const ServeOptions& o, const fs::path& data) {
     ::sigaction(SIGTERM, &action, nullptr);
     std::thread watcher([&server] {
         char byte = 0;
-        while (::read(fd[0], &byte, 1) < 0 && errno == EINTR) {
+        while (::read(gSignalPipe[0], &byte, 1) < 0 && errno == EINTR) {
         }
         server.stop();
     });
@@ -143,8 +137,8 @@ int runServer(const ServeOptions& o, const fs::path& data) {
     server.serve();
     onSignal(0); // a watcher still waiting has nothing left to stop
     watcher.join();
-    ::close(fd[0]);
-    ::close(fd[1]);
+    ::close(gSignalPipe[0]);
+    ::close(gSignalPipe[1]);
     Console::note("velmo serve: stopped\n");
     return kExitOK;
 }
@@ -204,7 +198,7 @@ int runEvents(const ServeOptions& o, ServiceStore& store) {
 }
 
 int runServe(const ServeOptions& o) {
-    const fs::path data = o.data.empty() ? defaultDataFolder() : fs::path(o.data);
+    const fs::path data = o.data.empty() ? Files::velmoDataHome() / "service" : fs::path(o.data);
     std::error_code ec;
     if (fs::exists(data, ec) && !fs::is_directory(data, ec)) {
         Console::error(fmt::format("--data: {} is not a folder", data.string()));

@@ -75,10 +75,17 @@ std::shared_ptr<VVHostAPIClient> ServiceSession::start(const std::string& api, b
     return client;
 }
 
-bool ServiceSession::wait(const std::function<bool()>& done) {
-    if (runMainLoopUntil(done, kLongestWait)) return true;
+std::optional<ServiceSession::Answer>
+ServiceSession::call(const std::function<void(VPBaseAPIClient::Completion)>& start) {
+    bool done = false;
+    Answer answer;
+    start([&](const Value& response, VPErrorPtr error) {
+        answer = {response, std::move(error)};
+        done = true;
+    });
+    if (runMainLoopUntil([&] { return done; }, kLongestWait)) return answer;
     Console::error(fmt::format("the service at {} did not answer", VPBaseAPIClient::apiBaseURL()));
-    return false;
+    return std::nullopt;
 }
 
 int ServiceSession::fail(const VPErrorPtr& error, const Value& response) {

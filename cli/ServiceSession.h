@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -9,6 +10,7 @@
 #include "velmo/foundation/VPError.h"
 #include "velmo/foundation/Value.h"
 #include "velmo/host/VVHostAPIClient.h"
+#include "velmo/service/VPBaseAPIClient.h"
 
 namespace velmo::cli {
 
@@ -24,8 +26,14 @@ public:
     /// after a message and with `exitCode` set, when the address isn't usable.
     static std::shared_ptr<VVHostAPIClient> start(const std::string& api, bool signIn, int& exitCode);
 
-    /// Runs the main loop until `done`; false, after a message, when no answer came in time.
-    static bool wait(const std::function<bool()>& done);
+    /// What a call's completion received.
+    struct Answer {
+        Value response;
+        VPErrorPtr error;
+    };
+    /// Starts a call with a completion and runs the main loop until it comes; nothing, after a
+    /// message, when no answer came in time.
+    static std::optional<Answer> call(const std::function<void(VPBaseAPIClient::Completion)>& start);
 
     /// Says why a call failed: the service's own "error" and "message" when it gave them, that it
     /// can't be reached, or the status it answered with. Gives the exit code of a failed work.

@@ -22,17 +22,10 @@ int runTeams(const TeamsOptions& o) {
     int exitCode = kExitOK;
     const auto client = ServiceSession::start(o.api, true, exitCode);
     if (!client) return exitCode;
-    bool done = false;
-    Value response;
-    VPErrorPtr error;
-    client->refreshTeams([&](const Value& r, VPErrorPtr e) {
-        response = r;
-        error = std::move(e);
-        done = true;
-    });
-    if (!ServiceSession::wait([&] { return done; })) return kExitFailure;
-    if (error) return ServiceSession::fail(error, response);
-    const Value& results = response.dictionary().get("results");
+    const auto answer = ServiceSession::call([&](auto completion) { client->refreshTeams(completion); });
+    if (!answer) return kExitFailure;
+    if (answer->error) return ServiceSession::fail(answer->error, answer->response);
+    const Value& results = answer->response.dictionary().get("results");
     if (!results.isArray()) {
         Console::error("the service's answer holds no list of teams (\"results\")");
         return kExitFailure;

@@ -100,11 +100,24 @@ bool Files::writeAtomically(const fs::path& path, std::string_view data, int mod
     return ok;
 }
 
+namespace {
+
+/// "velmo" in the folder an XDG variable names, else in its default below the home folder.
+fs::path xdgVelmoFolder(const char* variable, const fs::path& underHome) {
+    if (const char* xdg = std::getenv(variable); xdg && *xdg) return fs::path(xdg) / "velmo";
+    if (const char* user = std::getenv("HOME"); user && *user) return fs::path(user) / underHome / "velmo";
+    return fs::temp_directory_path() / "velmo";
+}
+
+} // namespace
+
 fs::path Files::velmoHome() {
     if (const char* home = std::getenv("VELMO_HOME"); home && *home) return fs::path(home);
-    if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg) return fs::path(xdg) / "velmo";
-    if (const char* user = std::getenv("HOME"); user && *user) return fs::path(user) / ".config" / "velmo";
-    return fs::temp_directory_path() / "velmo";
+    return xdgVelmoFolder("XDG_CONFIG_HOME", ".config");
+}
+
+fs::path Files::velmoDataHome() {
+    return xdgVelmoFolder("XDG_DATA_HOME", fs::path(".local") / "share");
 }
 
 fs::path Files::makeTemporaryDirectory(std::string_view prefix) {

@@ -28,6 +28,9 @@ public:
     /// The per-user folder of the library: `$VELMO_HOME`, else `$XDG_CONFIG_HOME/velmo`,
     /// else `~/.config/velmo`. Not created here.
     static std::filesystem::path velmoHome();
+    /// The per-user folder of velmo's data: `$XDG_DATA_HOME/velmo`, else `~/.local/share/velmo`.
+    /// Not created here.
+    static std::filesystem::path velmoDataHome();
     /// A fresh temporary folder under the system's temporary folder.
     static std::filesystem::path makeTemporaryDirectory(std::string_view prefix = "velmo");
 };
