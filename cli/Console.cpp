@@ -53,10 +53,14 @@ void Console::warning(std::string_view text) {
     if (!quiet()) writeError(fmt::format("velmo: warning: {}\n", text));
 }
 
-int Console::finish(int exitCode) {
+bool Console::flush() {
     errno = 0;
     if (std::fflush(stdout) != 0 && gOutputError == 0) gOutputError = errno ? errno : EIO;
-    if (gOutputError == 0) return exitCode;
+    return gOutputError == 0;
+}
+
+int Console::finish(int exitCode) {
+    if (flush()) return exitCode;
     error(fmt::format("cannot write the output: {}", std::strerror(gOutputError)));
     return exitCode == kExitOK ? kExitFailure : exitCode;
 }

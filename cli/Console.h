@@ -38,6 +38,9 @@ public:
     /// "velmo: warning: <text>" on standard error, unless quiet.
     static void warning(std::string_view text);
 
+    /// Flushes standard output; false when any of it could not be written (the reason is kept
+    /// for `finish`).
+    static bool flush();
     /// Flushes standard output and gives the exit code to end with: the command's own, or 1 with
     /// the reason when its output could not be written.
     static int finish(int exitCode);

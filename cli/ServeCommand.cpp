@@ -150,12 +150,15 @@ int runAddUser(const ServeOptions& o, ServiceStore& store) {
         Console::error(fmt::format("--add-user: \"{}\" is not an e-mail address", o.addUser));
         return kExitUsage;
     }
-    const auto added = store.addUser(o.addUser, o.name);
-    Console::summary(
-        added.createdUser
-            ? fmt::format("added {} ({}); the token, shown this once:", added.user.email, added.user.id)
-            : fmt::format("{} is known; a new token for them, shown this once:", added.user.email));
-    Console::out(added.token + "\n");
+    // The token is shown only once: it is kept only if it reached the output.
+    store.addUser(o.addUser, o.name, [](const ServiceStore::NewToken& added) {
+        Console::summary(
+            added.createdUser
+                ? fmt::format("added {} ({}); the token, shown this once:", added.user.email, added.user.id)
+                : fmt::format("{} is known; a new token for them, shown this once:", added.user.email));
+        Console::out(added.token + "\n");
+        return Console::flush();
+    });
     return kExitOK;
 }
 
@@ -203,6 +206,10 @@ int runServe(const ServeOptions& o) {
     if (fs::exists(data, ec) && !fs::is_directory(data, ec)) {
         Console::error(fmt::format("--data: {} is not a folder", data.string()));
         return kExitUsage;
+    }
+    if (fs::create_directories(data, ec); ec) {
+        Console::error(fmt::format("--data: cannot make {}: {}", data.string(), ec.message()));
+        return kExitFailure;
     }
     try {
         if (!o.addUser.empty() || !o.addTeam.empty() || !o.addFonts.empty() || o.events) {

@@ -1,6 +1,7 @@
 #include "server/ServiceStore.h"
 
 #include <chrono>
+#include <stdexcept>
 
 #include <SQLiteCpp/Statement.h>
 #include <fmt/format.h>
@@ -152,7 +153,8 @@ ServiceStore::ServiceStore(const std::filesystem::path& folder, std::size_t conn
                            std::size_t maxEvents)
     : database_(databaseFile(folder), connections), maxEvents_(maxEvents) {}
 
-ServiceStore::NewToken ServiceStore::addUser(const std::string& email, const std::string& name) {
+ServiceStore::NewToken ServiceStore::addUser(const std::string& email, const std::string& name,
+                                             const TokenHandOver& handOver) {
     const std::string token = Crypto::hex(Crypto::randomBytes(kTokenBytes));
     return database_.write([&](SQLite::Database& db) {
         NewToken result;
@@ -178,6 +180,8 @@ ServiceStore::NewToken ServiceStore::addUser(const std::string& email, const std
         insert.bind(3, now());
         insert.exec();
         result.token = token;
+        if (handOver && !handOver(result))
+            throw std::runtime_error("the token could not be shown, so no user or token was added");
         return result;
     });
 }

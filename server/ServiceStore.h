@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,9 +46,13 @@ public:
         std::string token;
         bool createdUser = false;
     };
+    /// Shows a new token to whoever asked for it; false when it couldn't.
+    using TokenHandOver = std::function<bool(const NewToken&)>;
     /// Creates the user when the address is new, and gives them a new token in both cases. The
-    /// token is in the answer only; the store keeps its SHA-256.
-    NewToken addUser(const std::string& email, const std::string& name);
+    /// token is in the answer only; the store keeps its SHA-256. A token is shown only once, so
+    /// `handOver` runs before the change is kept: when it fails, nothing is added, and
+    /// std::runtime_error says so.
+    NewToken addUser(const std::string& email, const std::string& name, const TokenHandOver& handOver = {});
     /// Creates the team when no team has that name, and adds the members (addresses of known
     /// users). Answers the team's record; `created` tells whether it is new.
     Dictionary addTeam(const std::string& name, const std::vector<std::string>& memberEmails, bool& created);

@@ -153,7 +153,7 @@ TEST_F(ServeCommand, TheOperatorsMistakesAreSaidAndNothingStarts) {
         {"serve --data " + data() + " --add-team Design --member nobody@example.com", 1,
          "No user has the address \"nobody@example.com\""},
         {"serve --data " + data() + " --listen 127.0.0.1:" + std::to_string(port_), 1, "cannot listen on"},
-        {"serve --data /proc/velmo-cannot-be-here", 1, "velmo:"},
+        {"serve --data " + (home_ / "file" / "sub").string(), 1, "--data: cannot make"},
         {"serve --name Ann", 2, "--name requires --add-user"},
     };
     for (const Case& c : cases) {
@@ -161,4 +161,15 @@ TEST_F(ServeCommand, TheOperatorsMistakesAreSaidAndNothingStarts) {
         EXPECT_EQ(run.exitCode, c.exitCode) << c.arguments << "\n" << run.output;
         EXPECT_NE(run.output.find(c.says), std::string::npos) << c.arguments << "\n" << run.output;
     }
+}
+
+TEST_F(ServeCommand, ATokenThatCannotBeShownIsNotKept) {
+    const ShellResult lost = runShell("VELMO_HOME=" + home_.string() + " " VELMO_CLI_PATH " serve --data " +
+                                      data() + " --add-user ann@example.com 2>&1 >/dev/full");
+    EXPECT_EQ(lost.exitCode, 1) << lost.output;
+    EXPECT_NE(lost.output.find("no user or token was added"), std::string::npos) << lost.output;
+    const ShellResult shown = velmo("serve --data " + data() + " --add-user ann@example.com");
+    EXPECT_EQ(shown.exitCode, 0) << shown.output;
+    EXPECT_NE(shown.output.find("added ann@example.com"), std::string::npos)
+        << "the address is new: " << shown.output;
 }
