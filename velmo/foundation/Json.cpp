@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <string>
 #include <string_view>
 #include <system_error>
 #include <vector>
 
 #include <fmt/format.h>
 #include <rapidjson/error/en.h>
-#include <rapidjson/memorystream.h>
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/reader.h>
 #include <rapidjson/stringbuffer.h>
@@ -88,14 +88,15 @@ private:
     bool number(std::string_view text) {
         const char* first = text.data();
         const char* last = first + text.size();
-        if (text.find_first_of(".eE") == std::string_view::npos) {
-            if (text.front() == '-') {
-                long long i = 0;
-                if (std::from_chars(first, last, i).ec == std::errc()) return push(Value(i));
-            } else {
-                unsigned long long u = 0;
-                if (std::from_chars(first, last, u).ec == std::errc()) return push(Value(u));
-            }
+        // An integer reads whole; anything else stops at its ".", "e" or "E".
+        if (text.front() == '-') {
+            long long i = 0;
+            const std::from_chars_result r = std::from_chars(first, last, i);
+            if (r.ec == std::errc() && r.ptr == last) return push(Value(i));
+        } else {
+            unsigned long long u = 0;
+            const std::from_chars_result r = std::from_chars(first, last, u);
+            if (r.ec == std::errc() && r.ptr == last) return push(Value(u));
         }
         double d = 0;
         const std::from_chars_result r = std::from_chars(first, last, d);
@@ -174,13 +175,21 @@ bool isJsonSpace(char c) {
 }
 
 constexpr unsigned kParseFlags = rapidjson::kParseValidateEncodingFlag |
-                                 rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseIterativeFlag |
-                                 rapidjson::kParseStopWhenDoneFlag;
+                                 rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseInsituFlag |
+                                 rapidjson::kParseIterativeFlag | rapidjson::kParseStopWhenDoneFlag;
 
 } // namespace
 
 Value Json::parse(std::string_view text, const ReadOptions& options) {
-    rapidjson::MemoryStream stream(text.data(), text.size());
+    // Read in place, from a copy of the text: strings and numbers are then handed over where they
+    // lie, without the reader copying them first. The reader stops at a zero byte; one inside the
+    // text stops it early, which the check for what follows catches. Checking a multi-byte
+    // character, it reads the three bytes after the lead before it looks at them: the copy ends
+    // with four zero bytes, so that a character cut off at the end is read within the copy.
+    std::string buffer;
+    buffer.reserve(text.size() + 4);
+    buffer.append(text).append(4, '\0');
+    rapidjson::InsituStringStream stream(buffer.data());
     ValueBuilder builder(options.maxDepth);
     rapidjson::Reader reader;
     const rapidjson::ParseResult result = reader.Parse<kParseFlags>(stream, builder);
