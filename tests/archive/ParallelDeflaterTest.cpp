@@ -33,6 +33,21 @@ std::string inflateRaw(const std::string& compressed) {
     return out;
 }
 
+/// `bytes` deflated in one go, raw, as archive entries are: memory level 8.
+std::string deflateRaw(const std::string& bytes, int level) {
+    z_stream stream{};
+    EXPECT_EQ(deflateInit2(&stream, level, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY), Z_OK);
+    std::string out(deflateBound(&stream, static_cast<uLong>(bytes.size())), '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
+    stream.avail_in = static_cast<uInt>(bytes.size());
+    stream.next_out = reinterpret_cast<Bytef*>(out.data());
+    stream.avail_out = static_cast<uInt>(out.size());
+    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
+    out.resize(out.size() - stream.avail_out);
+    deflateEnd(&stream);
+    return out;
+}
+
 /// Everything input `index` comes to, read `piece` bytes at a time.
 std::string readAll(ParallelDeflater& deflater, std::size_t index, std::size_t piece) {
     std::string compressed;
@@ -72,6 +87,8 @@ TEST(ParallelDeflater, EachInputComesBackInOrderWhateverTheRoomAhead) {
         for (std::size_t i = 0; i < contents.size(); ++i) {
             const std::string compressed = readAll(deflater, i, c.piece);
             EXPECT_EQ(inflateRaw(compressed), contents[i]) << c.threads << " threads, input " << i;
+            EXPECT_TRUE(compressed == deflateRaw(contents[i], inputs[i].level))
+                << "the bytes of one deflate at memory level 8, input " << i;
             const auto result = deflater.result(i);
             EXPECT_EQ(result.size, contents[i].size());
             EXPECT_EQ(result.compressedSize, compressed.size());

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -13,13 +12,10 @@ namespace velmo {
 
 namespace {
 
-// Memory level 9 is what the ZIP library's own deflate uses: with it an entry compressed here is,
-// byte for byte, the entry the library would have written.
-constexpr int kMemoryLevel = 9;
+// The archive's entries are written with memory level 8, whichever thread deflates them.
+constexpr int kMemoryLevel = 8;
 constexpr std::size_t kInputChunk = 256u << 10;
 constexpr std::size_t kOutputChunk = 64u << 10;
-// Read bytes are cut off the front of an input's backlog once there are this many of them.
-constexpr std::size_t kCompactAt = 1u << 20;
 
 /// A file open for reading, closed however the deflating ends.
 struct InputFile {
@@ -32,181 +28,56 @@ struct InputFile {
 
 } // namespace
 
-struct ParallelDeflater::Workspace {
-    z_stream stream{};
-    bool ready = false;
-    int level = 0;
-    std::vector<unsigned char> in = std::vector<unsigned char>(kInputChunk);
-    std::vector<unsigned char> out = std::vector<unsigned char>(kOutputChunk);
-
-    Workspace() = default;
-    Workspace(const Workspace&) = delete;
-    Workspace& operator=(const Workspace&) = delete;
-    ~Workspace() {
-        if (ready) deflateEnd(&stream);
+class ParallelDeflater::Compressor : public ReadAhead::Producer {
+public:
+    explicit Compressor(ParallelDeflater& owner) : owner_(owner) {}
+    Compressor(const Compressor&) = delete;
+    Compressor& operator=(const Compressor&) = delete;
+    ~Compressor() override {
+        if (ready_) deflateEnd(&stream_);
     }
 
+    void produce(ReadAhead& ahead, std::size_t index) override;
+
+private:
     /// The compressor, ready for a new input at `newLevel`: reset, or made anew for another level.
     bool start(int newLevel) {
-        if (ready && level == newLevel && deflateReset(&stream) == Z_OK) return true;
-        if (ready) deflateEnd(&stream);
-        stream = z_stream{};
-        ready =
-            deflateInit2(&stream, newLevel, Z_DEFLATED, -MAX_WBITS, kMemoryLevel, Z_DEFAULT_STRATEGY) == Z_OK;
-        level = newLevel;
-        return ready;
+        if (ready_ && level_ == newLevel && deflateReset(&stream_) == Z_OK) return true;
+        if (ready_) deflateEnd(&stream_);
+        stream_ = z_stream{};
+        ready_ = deflateInit2(&stream_, newLevel, Z_DEFLATED, -MAX_WBITS, kMemoryLevel, Z_DEFAULT_STRATEGY) ==
+                 Z_OK;
+        level_ = newLevel;
+        return ready_;
     }
+
+    void fail(ReadAhead& ahead, std::size_t index, Failure failure) {
+        owner_.failures_[index] = failure;
+        ahead.finish(index, true);
+    }
+
+    ParallelDeflater& owner_;
+    z_stream stream_{};
+    bool ready_ = false;
+    int level_ = 0;
+    std::vector<unsigned char> in_ = std::vector<unsigned char>(kInputChunk);
+    std::vector<unsigned char> out_ = std::vector<unsigned char>(kOutputChunk);
 };
 
-struct ParallelDeflater::Job {
-    explicit Job(Input from) : input(std::move(from)) {}
-
-    Input input;
-    /// Compressed bytes from `readOffset` on are the reader's still to take.
-    std::string pending;
-    std::size_t readOffset = 0;
-    bool finished = false;
-    bool failed = false;
-    Result result;
-    Failure failure;
-
-    std::size_t backlog() const { return pending.size() - readOffset; }
-    void release() {
-        std::string().swap(pending);
-        readOffset = 0;
-    }
-};
-
-ParallelDeflater::ParallelDeflater(std::vector<Input> inputs, unsigned threads, std::size_t bufferLimit)
-    : bufferLimit_(std::max<std::size_t>(bufferLimit, 1)) {
-    jobs_.reserve(inputs.size());
-    for (auto& input : inputs)
-        jobs_.emplace_back(std::move(input));
-    const std::size_t count = std::min<std::size_t>(std::max(threads, 1u), jobs_.size());
-    workers_.reserve(count);
-    try {
-        for (std::size_t i = 0; i < count; ++i)
-            workers_.emplace_back([this] { work(); });
-    } catch (...) {
-        // No thread to be had: those started do the work, or, with none, the reader is told.
-        if (workers_.empty()) {
-            for (auto& job : jobs_) {
-                job.finished = job.failed = true;
-                job.failure = Failure{EAGAIN, false};
-            }
-        }
-    }
-}
-
-ParallelDeflater::~ParallelDeflater() {
-    {
-        std::lock_guard lock(mutex_);
-        stopping_ = true;
-    }
-    workersWait_.notify_all();
-    readerWaits_.notify_all();
-    for (auto& worker : workers_)
-        worker.join();
-}
-
-std::int64_t ParallelDeflater::read(std::size_t index, void* buffer, std::size_t length) {
-    std::unique_lock lock(mutex_);
-    if (index >= jobs_.size()) return -1;
-    if (index > head_) moveHead(index);
-    Job& job = jobs_[index];
-    readerWaits_.wait(lock, [&] { return job.backlog() > 0 || job.finished || stopping_; });
-    if (job.backlog() == 0) {
-        if (job.failed || !job.finished) {
-            if (!job.failed) job.failure = Failure{ECANCELED, false};
-            return -1;
-        }
-        return 0;
-    }
-    const std::size_t count = std::min(length, job.backlog());
-    std::memcpy(buffer, job.pending.data() + job.readOffset, count);
-    const std::size_t backlogBefore = job.backlog();
-    const std::size_t bufferedBefore = buffered_;
-    job.readOffset += count;
-    buffered_ -= count;
-    if (job.readOffset == job.pending.size()) {
-        job.pending.clear();
-        job.readOffset = 0;
-    } else if (job.readOffset >= kCompactAt) {
-        job.pending.erase(0, job.readOffset);
-        job.readOffset = 0;
-    }
-    // Workers waiting for room: the one at this input for its own backlog, the others for all.
-    if ((backlogBefore >= bufferLimit_ && job.backlog() < bufferLimit_) ||
-        (bufferedBefore >= bufferLimit_ && buffered_ < bufferLimit_))
-        workersWait_.notify_all();
-    return static_cast<std::int64_t>(count);
-}
-
-ParallelDeflater::Result ParallelDeflater::result(std::size_t index) const {
-    std::lock_guard lock(mutex_);
-    return index < jobs_.size() ? jobs_[index].result : Result{};
-}
-
-ParallelDeflater::Failure ParallelDeflater::failure(std::size_t index) const {
-    std::lock_guard lock(mutex_);
-    return index < jobs_.size() ? jobs_[index].failure : Failure{EINVAL, false};
-}
-
-void ParallelDeflater::moveHead(std::size_t index) {
-    for (std::size_t i = head_; i < index; ++i) {
-        Job& job = jobs_[i];
-        buffered_ -= job.backlog();
-        job.release();
-        if (!job.finished) {
-            job.finished = job.failed = true;
-            job.failure = Failure{ECANCELED, false};
-        }
-    }
-    head_ = index;
-    workersWait_.notify_all();
-}
-
-void ParallelDeflater::work() {
-    Workspace workspace;
-    for (;;) {
-        std::size_t index = 0;
-        {
-            std::unique_lock lock(mutex_);
-            // The input the reader is at always starts; the others only while there is room.
-            workersWait_.wait(lock, [&] {
-                next_ = std::max(next_, head_);
-                return stopping_ || next_ == jobs_.size() || next_ == head_ || buffered_ < bufferLimit_;
-            });
-            if (stopping_ || next_ == jobs_.size()) return;
-            index = next_++;
-        }
-        deflate(index, workspace);
-    }
-}
-
-void ParallelDeflater::deflate(std::size_t index, Workspace& workspace) {
-    const Input& input = jobs_[index].input; // never changed once made: read without the lock
-    if (!workspace.start(input.level)) {
-        finish(index, {}, Failure{ENOMEM, false});
-        return;
-    }
+void ParallelDeflater::Compressor::produce(ReadAhead& ahead, std::size_t index) {
+    const Input& input = owner_.inputs_[index]; // never changed once made: read without a lock
+    if (!start(input.level)) return fail(ahead, index, Failure{ENOMEM, false});
     InputFile file;
     if (!input.data) {
         file.fd = ::open(input.path.c_str(), O_RDONLY | O_CLOEXEC);
-        if (file.fd < 0) {
-            finish(index, {}, Failure{errno, true});
-            return;
-        }
+        if (file.fd < 0) return fail(ahead, index, Failure{errno, true});
     }
 
-    z_stream& stream = workspace.stream;
-    std::vector<unsigned char>& in = workspace.in;
-    std::vector<unsigned char>& out = workspace.out;
     std::uint64_t remaining = input.data ? input.data->size() : input.size;
     Result result;
     int flush = Z_NO_FLUSH;
     do {
-        if (stopping_) return;
+        if (ahead.stopping()) return;
         std::size_t count = static_cast<std::size_t>(std::min<std::uint64_t>(remaining, kInputChunk));
         const unsigned char* chunk = nullptr;
         if (input.data) {
@@ -214,14 +85,11 @@ void ParallelDeflater::deflate(std::size_t index, Workspace& workspace) {
         } else if (count > 0) {
             ssize_t n = 0;
             do {
-                n = ::read(file.fd, in.data(), count);
+                n = ::read(file.fd, in_.data(), count);
             } while (n < 0 && errno == EINTR);
-            if (n < 0) {
-                finish(index, {}, Failure{errno, false});
-                return;
-            }
+            if (n < 0) return fail(ahead, index, Failure{errno, false});
             count = static_cast<std::size_t>(n);
-            chunk = in.data();
+            chunk = in_.data();
             // A file that has shrunk since its entry was made ends where it ends now.
             if (count == 0) remaining = 0;
         }
@@ -230,46 +98,35 @@ void ParallelDeflater::deflate(std::size_t index, Workspace& workspace) {
         if (count > 0)
             result.crc = static_cast<std::uint32_t>(crc32(result.crc, chunk, static_cast<uInt>(count)));
         result.size += count;
-        stream.next_in = const_cast<Bytef*>(chunk);
-        stream.avail_in = static_cast<uInt>(count);
+        stream_.next_in = const_cast<Bytef*>(chunk);
+        stream_.avail_in = static_cast<uInt>(count);
         do {
-            stream.next_out = out.data();
-            stream.avail_out = static_cast<uInt>(out.size());
-            if (::deflate(&stream, flush) == Z_STREAM_ERROR) {
-                finish(index, {}, Failure{EIO, false});
-                return;
-            }
-            const std::size_t produced = out.size() - stream.avail_out;
-            if (produced > 0 && !publish(index, out.data(), produced)) return;
+            stream_.next_out = out_.data();
+            stream_.avail_out = static_cast<uInt>(out_.size());
+            if (::deflate(&stream_, flush) == Z_STREAM_ERROR) return fail(ahead, index, Failure{EIO, false});
+            const std::size_t produced = out_.size() - stream_.avail_out;
+            if (produced > 0 && !ahead.publish(index, out_.data(), produced)) return;
             result.compressedSize += produced;
-        } while (stream.avail_out == 0);
+        } while (stream_.avail_out == 0);
     } while (flush != Z_FINISH);
-    finish(index, result, {});
+    owner_.results_[index] = result;
+    ahead.finish(index, false);
 }
 
-bool ParallelDeflater::publish(std::size_t index, const unsigned char* bytes, std::size_t count) {
-    std::unique_lock lock(mutex_);
-    Job& job = jobs_[index];
-    workersWait_.wait(lock, [&] {
-        if (stopping_ || index < head_) return true;
-        return index == head_ ? job.backlog() < bufferLimit_ : buffered_ < bufferLimit_;
-    });
-    if (stopping_ || index < head_) return false;
-    job.pending.append(reinterpret_cast<const char*>(bytes), count);
-    buffered_ += count;
-    if (index == head_) readerWaits_.notify_one();
-    return true;
+ParallelDeflater::ParallelDeflater(std::vector<Input> inputs, unsigned threads, std::size_t bufferLimit)
+    : inputs_(std::move(inputs)), results_(inputs_.size()), failures_(inputs_.size()),
+      ahead_(
+          inputs_.size(), threads, [this] { return std::make_unique<Compressor>(*this); }, bufferLimit) {}
+
+ParallelDeflater::Result ParallelDeflater::result(std::size_t index) const {
+    return index < results_.size() ? results_[index] : Result{};
 }
 
-void ParallelDeflater::finish(std::size_t index, const Result& result, const Failure& failure) {
-    std::lock_guard lock(mutex_);
-    Job& job = jobs_[index];
-    if (job.finished) return; // passed by the reader meanwhile
-    job.finished = true;
-    job.failed = failure.error != 0;
-    job.result = result;
-    job.failure = failure;
-    if (index == head_) readerWaits_.notify_one();
+ParallelDeflater::Failure ParallelDeflater::failure(std::size_t index) const {
+    if (index >= failures_.size()) return Failure{EINVAL, false};
+    if (failures_[index].error != 0) return failures_[index];
+    // Never tried: no worker could be started, or the input was given up.
+    return Failure{ahead_.unstaffed() ? EAGAIN : ECANCELED, false};
 }
 
 } // namespace velmo

@@ -165,10 +165,9 @@ struct ZipOutput::Impl {
     /// The entries deflated by the workers, by index, which is the order the library writes them in.
     std::map<zip_uint64_t, std::shared_ptr<DeflatedEntry>> deflated;
 
-    /// Whether an entry at this level is deflated by the workers rather than by the library.
-    bool deflatesAhead(const EntryOptions& options) const {
-        return threads > 1 && options.compressionLevel != 0;
-    }
+    /// Whether an entry is deflated by the workers: all but those stored. The library's own deflate
+    /// takes a memory level of its choosing, and an entry's bytes must not depend on which one ran.
+    static bool deflatesAhead(const EntryOptions& options) { return options.compressionLevel != 0; }
 
     /// A source whose bytes the workers deflate; the library owns it, and through it a share of `entry`.
     zip_source_t* deflatedSource(const std::shared_ptr<DeflatedEntry>& entry) {

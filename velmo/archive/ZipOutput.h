@@ -16,9 +16,9 @@ namespace velmo {
 /// `close`. A file that can no longer be read by then is left out, and the rest is written.
 ///
 /// Deflated entries are compressed on worker threads ahead of the writing, which takes them
-/// already compressed, in the order they were added; the archive is the one the library would
-/// have written compressing each entry itself (encryption, which stays with the library, draws
-/// fresh random salts each time).
+/// already compressed, in the order they were added. The archive is the same, byte for byte,
+/// whatever the number of workers (encryption, which stays with the library, draws fresh random
+/// salts each time).
 class ZipOutput {
 public:
     struct EntryOptions {
@@ -43,8 +43,7 @@ public:
         int error = 0;
     };
 
-    /// `compressionThreads` workers deflate the entries, 0 for one per core; with 1 the library
-    /// compresses each entry itself as it writes it, on the calling thread.
+    /// `compressionThreads` workers deflate the entries, 0 for one per core.
     explicit ZipOutput(unsigned compressionThreads = 0);
     ~ZipOutput();
     ZipOutput(const ZipOutput&) = delete;

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <thread>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -139,8 +140,17 @@ bool ZipUnpacker::run(VPErrorPtr& error) {
 
     tell(Operation::WillUnzipArchive, [&](auto& d) { d.zipArchiveWillUnzipArchiveAtPath(path_, zipInfo_); });
     tell(Operation::ProgressEvent, [&](auto& d) { d.zipArchiveProgressEvent(0, fileSize_); });
+    // While this thread makes the files, the entries' bytes are read, decrypted and inflated on the
+    // other cores, in the order the loop takes them.
+    const unsigned cores = std::thread::hardware_concurrency();
+    if (cores > 1 && zipInfo_.numberOfEntries > 1) {
+        inflater_ =
+            std::make_unique<ParallelInflater>(path_, zipInfo_.numberOfEntries, entryPassword(), cores);
+        if (inflater_->unstaffed()) inflater_.reset();
+    }
     for (std::uint64_t index = 0; index < zipInfo_.numberOfEntries && !failed_; ++index)
         unpackEntry(index);
+    inflater_.reset();
     input_.close();
 
     const bool success = !failed_;
@@ -153,6 +163,11 @@ bool ZipUnpacker::run(VPErrorPtr& error) {
         tell(Operation::ProgressEvent, [&](auto& d) { d.zipArchiveProgressEvent(fileSize_, fileSize_); });
     error = error_ ? error_ : crcError_;
     return success;
+}
+
+std::optional<std::string> ZipUnpacker::entryPassword() const {
+    // An empty password means none.
+    return options_.password.empty() ? std::nullopt : std::optional(options_.password);
 }
 
 VPErrorPtr ZipUnpacker::checkDeclaredSizes() {
@@ -189,8 +204,8 @@ void ZipUnpacker::unpackEntry(std::uint64_t index) {
     const auto fileIndex = static_cast<std::int64_t>(index);
     const auto totalFiles = static_cast<std::int64_t>(zipInfo_.numberOfEntries);
     VPZipFileInfo info;
-    const ZipResult opened =
-        input_.openEntry(index, options_.password.empty() ? std::nullopt : std::optional(options_.password));
+    entryIndex_ = index;
+    const ZipResult opened = input_.openEntry(index, entryPassword());
     if (opened != ZipResult::Ok) {
         const std::string why = input_.lastMessage();
         // The entry's record can still be there to name it.
@@ -468,7 +483,8 @@ bool ZipUnpacker::readEntry(std::string& content, std::size_t limit, bool& tooLo
 }
 
 bool ZipUnpacker::readChunk(char* buffer, std::size_t size, std::size_t& count) {
-    const ZipResult result = input_.read(buffer, size, count);
+    const ZipResult result =
+        inflater_ ? inflater_->read(entryIndex_, buffer, size, count) : input_.read(buffer, size, count);
     if (result == ZipResult::CrcError) {
         crcError_ = zipArchiveError(VPZipArchiveErrorCode::FileInfoNotLoadable, kCrcCheckFailed,
                                     entryReason(entryName_));
@@ -479,7 +495,8 @@ bool ZipUnpacker::readChunk(char* buffer, std::size_t size, std::size_t& count) 
     if (result != ZipResult::Ok) {
         // A read failure ends the run without an error of its own; the library's word is logged,
         // and the delegate hears which entry it was.
-        const std::string reason = entryReason(entryName_, input_.lastMessage());
+        const std::string reason =
+            entryReason(entryName_, inflater_ ? inflater_->lastMessage() : input_.lastMessage());
         SystemLog::log(fmt::format("[VPZipArchive] {}", reason));
         runEnding_ = zipArchiveError(VPZipArchiveErrorCode::FileContentNotReadable, {}, reason);
         failed_ = true;

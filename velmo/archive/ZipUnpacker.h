@@ -3,10 +3,13 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "velmo/archive/ParallelInflater.h"
 #include "velmo/archive/VPZipArchiveDelegate.h"
 #include "velmo/archive/VPZipUnzipLimits.h"
 #include "velmo/archive/ZipInput.h"
@@ -45,6 +48,8 @@ private:
         if (delegate_ && delegate_->respondsTo(operation)) call(*delegate_);
     }
 
+    /// The password entries are opened with.
+    std::optional<std::string> entryPassword() const;
     VPErrorPtr checkDeclaredSizes();
     /// The error of a run that passes a limit.
     VPErrorPtr limitPassed(std::string reason);
@@ -81,6 +86,8 @@ private:
     ProgressHandler progressHandler_;
 
     ZipInput input_;
+    /// Entries' bytes, read ahead on other cores; null on one core, where `input_` reads them.
+    std::unique_ptr<ParallelInflater> inflater_;
     bool opened_ = false;
     std::filesystem::path root_;
     VPZipArchiveInfo zipInfo_;
@@ -92,7 +99,8 @@ private:
     std::vector<std::pair<std::filesystem::path, std::uint32_t>> dates_;
     /// How many archives this one is inside.
     int depth_ = 0;
-    /// The entry being read, for messages about its data.
+    /// The entry being read, and its name for messages about its data.
+    std::uint64_t entryIndex_ = 0;
     std::string entryName_;
 
     bool failed_ = false;
