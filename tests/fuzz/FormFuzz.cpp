@@ -270,8 +270,10 @@ bool checkMultipart(const Dictionary& parameters, std::string_view body) {
                 nameAt == std::string_view::npos ? std::string_view() : head.substr(nameAt + 10);
             const std::size_t nameEnd = named.find('"');
             fileName = std::string(named.substr(0, nameEnd == std::string_view::npos ? 0 : nameEnd));
-            const bool extensionOk = extension.empty() ? fileName.find('.') == std::string::npos
-                                                       : fileName.ends_with("." + std::string(extension));
+            const bool extensionOk =
+                extension.empty() ? fileName.find('.') == std::string::npos
+                                  : (fileName.size() > extension.size() && fileName.ends_with(extension) &&
+                                     fileName[fileName.size() - extension.size() - 1] == '.');
             if (!fileName.starts_with(prefix) || !extensionOk)
                 return fail(kEncoding, "a data part's file name", head);
         }
