@@ -109,9 +109,27 @@ int runServer(const ServeOptions& o, const fs::path& data) {
     options.maxBodyBytes = *maxBody;
     options.maxEvents = o.maxEvents;
     if (!o.config.empty()) {
+        // Read again at each request, so it must be a file; what clients get must be a document.
+        if (o.config == "-") {
+            Console::error("--config: the document is read again at each request, so it must be a file, "
+                           "not standard input (-)");
+            return kExitUsage;
+        }
         std::error_code ec;
-        if (!fs::is_regular_file(o.config, ec)) {
+        const auto text = fs::is_regular_file(o.config, ec) ? Files::read(o.config, ec) : std::nullopt;
+        if (!text) {
             Console::error(fmt::format("--config: {} is not a readable file", o.config));
+            return kExitUsage;
+        }
+        std::string problem;
+        try {
+            if (!Json::parse(*text).isDictionary()) problem = "it is not a JSON object";
+        } catch (const JsonParseError& e) {
+            problem = e.what();
+        }
+        if (!problem.empty()) {
+            Console::error(
+                fmt::format("--config: {} is not a configuration document: {}", o.config, problem));
             return kExitUsage;
         }
     }
@@ -176,6 +194,12 @@ int runAddTeam(const ServeOptions& o, ServiceStore& store) {
 }
 
 int runAddFonts(const ServeOptions& o, ServiceStore& store) {
+    for (const auto& family : o.addFonts) {
+        if (family == "-" || family.find_first_not_of(" \t") == std::string::npos) {
+            Console::error(fmt::format("--add-font: \"{}\" is not a font family's name", family));
+            return kExitUsage;
+        }
+    }
     const std::size_t added = store.addFonts(o.addFonts);
     Console::summary(fmt::format("{} font famil{} added, {} known already", added, added == 1 ? "y" : "ies",
                                  o.addFonts.size() - added));

@@ -61,6 +61,10 @@ void replaceAll(std::string& text, const std::string& from, const std::string& t
 }
 
 int runZip(const ZipOptions& o) {
+    if (o.output == "-") {
+        Console::error("zip writes the archive to a file: standard output (-) can't take it");
+        return kExitUsage;
+    }
     bool directory = false;
     for (const auto& path : o.paths) {
         if (path == "-") {

@@ -190,6 +190,7 @@ TEST_F(VelmoCommand, ZipWritesWholeArchivesOnlyAndCountsEntries) {
          "cannot write " + path("out") + ": Is a directory"},
         {"zip " + path("missing/x.zip") + " " + site + "/three.txt", 1, "No such file or directory"},
         {"zip " + path("site/in.zip") + " " + site, 2, "inside " + site + ", the directory being zipped"},
+        {"zip - " + site, 2, "standard output (-) can't take it"},
         {"zip -q " + path("out/two.zip") + " " + site + "/three.txt", 0, ""},
     });
     EXPECT_EQ(names("out"), (std::vector<std::string>{"one.zip", "site.zip", "two.zip"}))
