@@ -104,9 +104,8 @@ bool writeOutputFile(const std::string& file, std::string_view text) {
     // an output path with a folder that isn't there is a typing error to report, not to build.
     const fs::path parent = fs::path(file).parent_path();
     if (!parent.empty() && !fs::is_directory(parent, error)) {
-        Console::error(
-            fmt::format("cannot write {}: {}", file,
-                        fs::exists(parent, error) ? "Not a directory" : "No such file or directory"));
+        Console::error(fmt::format("cannot write {}: {}", file,
+                                   std::strerror(fs::exists(parent, error) ? ENOTDIR : ENOENT)));
         return false;
     }
     if (!Files::writeAtomically(file, text, 0644, error)) {

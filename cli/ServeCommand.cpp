@@ -36,13 +36,16 @@ using server::ServiceOptions;
 using server::ServiceServer;
 using server::ServiceStore;
 
+// The service's own defaults, as the options' help shows them.
+const ServiceOptions kDefaults;
+
 struct ServeOptions {
-    std::string listen = "127.0.0.1:8787";
+    std::string listen = fmt::format("{}:{}", kDefaults.host, kDefaults.port);
     std::string data;
     std::string config;
-    std::size_t workers = 16;
-    std::string maxBody = "8M";
-    std::size_t maxEvents = 10000;
+    std::size_t workers = kDefaults.workers;
+    std::string maxBody = byteSizeText(kDefaults.maxBodyBytes);
+    std::size_t maxEvents = kDefaults.maxEvents;
     std::string addUser;
     std::string name;
     std::string addTeam;
@@ -118,7 +121,8 @@ int runServer(const ServeOptions& o, const fs::path& data) {
         std::error_code ec;
         const auto text = fs::is_regular_file(o.config, ec) ? Files::read(o.config, ec) : std::nullopt;
         if (!text) {
-            Console::error(fmt::format("--config: {} is not a readable file", o.config));
+            Console::error(fmt::format("--config: {} is not a readable file{}", o.config,
+                                       ec ? fmt::format(" ({})", ec.message()) : std::string()));
             return kExitUsage;
         }
         std::string problem;
@@ -137,7 +141,7 @@ int runServer(const ServeOptions& o, const fs::path& data) {
     ServiceServer server(options);
     server.bind();
     // What the service can't answer is the operator's to see, whatever the command's verbosity.
-    SystemLog::setSink([](std::string_view line) { Console::note(std::string(line) + "\n"); });
+    SystemLog::setSink([](std::string_view line) { Console::error(line); });
     if (::pipe2(gSignalPipe, O_CLOEXEC) != 0) throw std::runtime_error("cannot make the signal pipe");
     struct sigaction action = {};
     action.sa_handler = onSignal;
@@ -155,6 +159,9 @@ int runServer(const ServeOptions& o, const fs::path& data) {
     server.serve();
     onSignal(0); // a watcher still waiting has nothing left to stop
     watcher.join();
+    // A signal from now on must not write to a pipe that is closed, or whatever took its number.
+    ::signal(SIGINT, SIG_DFL);
+    ::signal(SIGTERM, SIG_DFL);
     ::close(gSignalPipe[0]);
     ::close(gSignalPipe[1]);
     Console::note("velmo serve: stopped\n");

@@ -5,6 +5,7 @@
 #include "server/ServiceError.h"
 #include "server/ServiceSchema.h"
 #include "velmo/foundation/Files.h"
+#include "velmo/foundation/Json.h"
 
 namespace velmo::server {
 
@@ -54,7 +55,8 @@ ServiceReply ServiceCalls::keepEvent(const ServiceRequest& request, const std::s
     Dictionary identity = request.identity.copy();
     const Value& name = request.body.get(nameKey);
     if (name.isString()) identity.set("name", name);
-    store_.addEvent(kind, identity, request.rawBody);
+    // Kept as JSON whichever way it came, a form's fields included.
+    store_.addEvent(kind, identity, Json::write(Value(request.body)));
     return ServiceReply{202, Value(Dictionary{{"status", Value("accepted")}})};
 }
 
@@ -97,7 +99,6 @@ ServiceReply ServiceCalls::createProject(const ServiceRequest& request) {
     std::optional<std::string> team;
     if (request.body.contains("team")) team = request.reference("team", "teams");
     if (pathTeam != kAbsentId) {
-        ServiceRequest::requireId("team", pathTeam);
         if (team && *team != pathTeam)
             throw ServiceError::invalidField(
                 "team", fmt::format("names another team than the path's \"{}\"", pathTeam));

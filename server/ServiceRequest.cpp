@@ -7,6 +7,7 @@
 #include "server/ServiceError.h"
 #include "velmo/foundation/Json.h"
 #include "velmo/foundation/Utf8.h"
+#include "velmo/model/values/StringExtensions.h"
 
 namespace velmo::server {
 
@@ -16,12 +17,7 @@ constexpr std::size_t kMaxIdLength = 64;
 
 /// The media type alone, in lower case: "Application/JSON; charset=utf-8" is "application/json".
 std::string mediaType(std::string_view contentType) {
-    std::string type(contentType.substr(0, contentType.find(';')));
-    while (!type.empty() && (type.back() == ' ' || type.back() == '\t'))
-        type.pop_back();
-    for (char& c : type)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return type;
+    return toLowerAscii(trimBlanks(contentType.substr(0, contentType.find(';'))));
 }
 
 } // namespace

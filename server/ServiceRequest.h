@@ -28,7 +28,6 @@ public:
     std::vector<std::string> captures;
     std::optional<ServiceUser> user;
     Dictionary body;
-    std::string rawBody;
     /// "client_id", "user_id", "user_email" of the identity headers, where sent.
     Dictionary identity;
 

@@ -151,11 +151,10 @@ struct ServiceServer::Impl {
                 // captured id must be a real one.
                 for (const std::string& capture : request.captures) {
                     if (capture != "projects" && capture != "releases" && capture != ServiceCalls::kAbsentId)
-                        ServiceRequest::requireId("id", capture);
+                        ServiceRequest::requireId("path", capture);
                 }
                 if (route.signedIn) request.user = authenticate(req);
                 if (req.method == "POST" || req.method == "PUT") {
-                    request.rawBody = req.body;
                     request.body = ServiceRequest::parseBody(req.get_header_value("Content-Type"), req.body,
                                                              formFields(req));
                 }
@@ -241,6 +240,9 @@ ServiceServer::ServiceServer(ServiceOptions options) : impl_(std::make_unique<Im
 
 ServiceServer::~ServiceServer() {
     stop();
+    // `serve` returning on another thread must be done before what it uses goes.
+    while (impl_->serving)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 int ServiceServer::bind() {

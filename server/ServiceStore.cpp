@@ -1,9 +1,12 @@
 #include "server/ServiceStore.h"
 
+#include <algorithm>
 #include <chrono>
+#include <optional>
 #include <stdexcept>
 
 #include <SQLiteCpp/Statement.h>
+#include <SQLiteCpp/VariadicBind.h>
 #include <fmt/format.h>
 
 #include "server/ServiceError.h"
@@ -89,8 +92,7 @@ Dictionary readProject(SQLite::Database& db, const std::string& projectId) {
 
 bool isMember(SQLite::Database& db, const std::string& userId, const std::string& teamId) {
     SQLite::Statement query(db, "SELECT 1 FROM memberships WHERE team_id = ? AND user_id = ?");
-    query.bind(1, teamId);
-    query.bind(2, userId);
+    SQLite::bind(query, teamId, userId);
     return query.executeStep();
 }
 
@@ -104,15 +106,49 @@ std::string requireTeam(SQLite::Database& db, const ServiceUser& user, const std
     return query.getColumn(0).getString();
 }
 
-/// A project the user may see: their own, or one of a team of theirs.
-void requireProject(SQLite::Database& db, const ServiceUser& user, const std::string& projectId) {
+/// A project the user may see: their own, or one of a team of theirs. Its team, if it has one.
+std::optional<std::string> requireProject(SQLite::Database& db, const ServiceUser& user,
+                                          const std::string& projectId) {
     SQLite::Statement query(db, "SELECT team_id, owner_id FROM projects WHERE id = ?");
     query.bind(1, projectId);
     if (!query.executeStep())
         throw ServiceError::notFound(fmt::format("No project has the id \"{}\"", projectId));
-    const bool allowed = query.getColumn(0).isNull() ? query.getColumn(1).getString() == user.id
-                                                     : isMember(db, user.id, query.getColumn(0).getString());
+    std::optional<std::string> team;
+    if (!query.getColumn(0).isNull()) team = query.getColumn(0).getString();
+    const bool allowed = team ? isMember(db, user.id, *team) : query.getColumn(1).getString() == user.id;
     if (!allowed) throw ServiceError::forbidden(fmt::format("The project \"{}\" is not yours", projectId));
+    return team;
+}
+
+/// Where a project's name must be unique: its team, or its owner's own projects.
+std::string scopeOf(const std::optional<std::string>& teamId, const ServiceUser& user) {
+    return teamId ? fmt::format("team:{}", *teamId) : fmt::format("user:{}", user.id);
+}
+
+/// The projects of a scope, in the order they were made.
+Array projectsIn(SQLite::Database& db, const std::string& scope) {
+    SQLite::Statement query(
+        db, fmt::format("SELECT {} FROM projects p WHERE p.scope = ? ORDER BY p.rowid", kProjectColumns));
+    query.bind(1, scope);
+    return projectRecords(query);
+}
+
+/// A project name no other project of the scope has; `exceptId` is the project being renamed.
+void requireNameFree(SQLite::Database& db, const std::string& scope, bool teamScope, const std::string& name,
+                     const std::string& exceptId = {}) {
+    SQLite::Statement taken(db, "SELECT 1 FROM projects WHERE scope = ? AND name = ? AND id <> ?");
+    SQLite::bind(taken, scope, name, exceptId);
+    if (!taken.executeStep()) return;
+    throw ServiceError::conflict("name_taken", teamScope
+                                                   ? fmt::format("The team has a project named \"{}\"", name)
+                                                   : fmt::format("You have a project named \"{}\"", name));
+}
+
+void requireProjectExists(SQLite::Database& db, const std::string& projectId) {
+    SQLite::Statement query(db, "SELECT 1 FROM projects WHERE id = ?");
+    query.bind(1, projectId);
+    if (!query.executeStep())
+        throw ServiceError::notFound(fmt::format("No project has the id \"{}\"", projectId));
 }
 
 /// The name's words in lower case, joined by "-": the project's address on the hosted site.
@@ -126,9 +162,11 @@ std::string slugOf(std::string_view name) {
             slug += '-';
         }
     }
+    // Cut first, so that the cut never leaves a trailing "-".
+    slug.resize(std::min<std::size_t>(slug.size(), 60));
     while (!slug.empty() && slug.back() == '-')
         slug.pop_back();
-    return slug.empty() ? "project" : slug.substr(0, 60);
+    return slug.empty() ? "project" : slug;
 }
 
 bool slugTaken(SQLite::Database& db, const std::string& slug) {
@@ -168,16 +206,11 @@ ServiceStore::NewToken ServiceStore::addUser(const std::string& email, const std
             result.createdUser = true;
             SQLite::Statement insert(db,
                                      "INSERT INTO users (id, email, name, created_at) VALUES (?, ?, ?, ?)");
-            insert.bind(1, result.user.id);
-            insert.bind(2, email);
-            insert.bind(3, name);
-            insert.bind(4, now());
+            SQLite::bind(insert, result.user.id, email, name, now());
             insert.exec();
         }
         SQLite::Statement insert(db, "INSERT INTO tokens (hash, user_id, created_at) VALUES (?, ?, ?)");
-        insert.bind(1, tokenHash(token));
-        insert.bind(2, result.user.id);
-        insert.bind(3, now());
+        SQLite::bind(insert, tokenHash(token), result.user.id, now());
         insert.exec();
         result.token = token;
         if (handOver && !handOver(result))
@@ -198,9 +231,7 @@ Dictionary ServiceStore::addTeam(const std::string& name, const std::vector<std:
             id = newId();
             createdAt = now();
             SQLite::Statement insert(db, "INSERT INTO teams (id, name, created_at) VALUES (?, ?, ?)");
-            insert.bind(1, id);
-            insert.bind(2, name);
-            insert.bind(3, createdAt);
+            SQLite::bind(insert, id, name, createdAt);
             insert.exec();
         } else {
             id = find.getColumn(0).getString();
@@ -215,10 +246,7 @@ Dictionary ServiceStore::addTeam(const std::string& name, const std::vector<std:
             SQLite::Statement insert(db,
                                      "INSERT OR IGNORE INTO memberships (id, team_id, user_id, created_at) "
                                      "VALUES (?, ?, ?, ?)");
-            insert.bind(1, newId());
-            insert.bind(2, id);
-            insert.bind(3, user.getColumn(0).getString());
-            insert.bind(4, now());
+            SQLite::bind(insert, newId(), id, user.getColumn(0).getString(), now());
             insert.exec();
         }
         return teamRecord(id, name, createdAt);
@@ -230,8 +258,7 @@ std::size_t ServiceStore::addFonts(const std::vector<std::string>& names) {
         std::size_t added = 0;
         SQLite::Statement insert(db, "INSERT OR IGNORE INTO fonts (name, added_at) VALUES (?, ?)");
         for (const std::string& name : names) {
-            insert.bind(1, name);
-            insert.bind(2, now());
+            SQLite::bind(insert, name, now());
             added += static_cast<std::size_t>(insert.exec());
             insert.reset();
         }
@@ -241,7 +268,7 @@ std::size_t ServiceStore::addFonts(const std::vector<std::string>& names) {
 
 Dictionary ServiceStore::createRelease(const std::string& projectId) {
     return database_.write([&](SQLite::Database& db) {
-        readProject(db, projectId);
+        requireProjectExists(db, projectId);
         SQLite::Statement next(db, "SELECT COALESCE(MAX(version), 0) + 1 FROM releases WHERE project_id = ?");
         next.bind(1, projectId);
         next.executeStep();
@@ -252,19 +279,12 @@ Dictionary ServiceStore::createRelease(const std::string& projectId) {
         SQLite::Statement insert(
             db,
             "INSERT INTO releases (id, project_id, version, short_id, created_at) VALUES (?, ?, ?, ?, ?)");
-        insert.bind(1, id);
-        insert.bind(2, projectId);
-        insert.bind(3, version);
-        insert.bind(4, shortId);
-        insert.bind(5, createdAt);
+        SQLite::bind(insert, id, projectId, version, shortId, createdAt);
         insert.exec();
         SQLite::Statement update(
             db, "UPDATE projects SET latest_release_version = ?, latest_release_short_id = ?, "
                 "updated_at = ? WHERE id = ?");
-        update.bind(1, version);
-        update.bind(2, shortId);
-        update.bind(3, createdAt);
-        update.bind(4, projectId);
+        SQLite::bind(update, version, shortId, createdAt, projectId);
         update.exec();
         return Dictionary{{"id", Value(id)},
                           {"project", Value(projectId)},
@@ -290,7 +310,7 @@ Array ServiceStore::events(std::size_t limit) {
             event.set("client_id", textOrNull(query.getColumn(3)));
             event.set("user_id", textOrNull(query.getColumn(4)));
             event.set("user_email", textOrNull(query.getColumn(5)));
-            // Kept as it came; a body that is no longer JSON (it always is when stored) shows as text.
+            // Stored as JSON; a body that no longer reads as JSON shows as text rather than not at all.
             const std::string body = query.getColumn(6).getString();
             const Value parsed = Json::tryParse(body);
             event.set("body", parsed.isNil() ? Value(body) : parsed);
@@ -338,35 +358,20 @@ Array ServiceStore::memberships(const ServiceUser& user) {
 Array ServiceStore::teamProjects(const ServiceUser& user, const std::string& teamId) {
     return database_.read([&](SQLite::Database& db) {
         requireTeam(db, user, teamId);
-        SQLite::Statement query(
-            db, fmt::format("SELECT {} FROM projects p WHERE p.scope = ? ORDER BY p.rowid", kProjectColumns));
-        query.bind(1, fmt::format("team:{}", teamId));
-        return projectRecords(query);
+        return projectsIn(db, scopeOf(teamId, user));
     });
 }
 
 Array ServiceStore::personalProjects(const ServiceUser& user) {
-    return database_.read([&](SQLite::Database& db) {
-        SQLite::Statement query(
-            db, fmt::format("SELECT {} FROM projects p WHERE p.scope = ? ORDER BY p.rowid", kProjectColumns));
-        query.bind(1, fmt::format("user:{}", user.id));
-        return projectRecords(query);
-    });
+    return database_.read([&](SQLite::Database& db) { return projectsIn(db, scopeOf(std::nullopt, user)); });
 }
 
 Dictionary ServiceStore::createProject(const ServiceUser& user, const std::optional<std::string>& teamId,
                                        const std::string& name) {
     return database_.write([&](SQLite::Database& db) {
         if (teamId) requireTeam(db, user, *teamId);
-        const std::string scope = teamId ? fmt::format("team:{}", *teamId) : fmt::format("user:{}", user.id);
-        SQLite::Statement taken(db, "SELECT 1 FROM projects WHERE scope = ? AND name = ?");
-        taken.bind(1, scope);
-        taken.bind(2, name);
-        if (taken.executeStep()) {
-            throw ServiceError::conflict("name_taken",
-                                         teamId ? fmt::format("The team has a project named \"{}\"", name)
-                                                : fmt::format("You have a project named \"{}\"", name));
-        }
+        const std::string scope = scopeOf(teamId, user);
+        requireNameFree(db, scope, teamId.has_value(), name);
         const std::string id = newId();
         // Same names in other scopes share the base: the project's own id tells them apart in one step.
         std::string slug = slugOf(name);
@@ -375,8 +380,7 @@ Dictionary ServiceStore::createProject(const ServiceUser& user, const std::optio
         SQLite::Statement insert(
             db, "INSERT INTO projects (id, name, team_id, owner_id, scope, slug, created_at, "
                 "updated_at) VALUES (?, ?, ?, ?, ?, ?, ?, ?)");
-        insert.bind(1, id);
-        insert.bind(2, name);
+        SQLite::bind(insert, id, name);
         if (teamId) insert.bind(3, *teamId);
         insert.bind(4, user.id);
         insert.bind(5, scope);
@@ -398,32 +402,19 @@ Dictionary ServiceStore::project(const ServiceUser& user, const std::string& pro
 Dictionary ServiceStore::updateProject(const ServiceUser& user, const std::string& projectId,
                                        const Dictionary& changes) {
     return database_.write([&](SQLite::Database& db) {
-        requireProject(db, user, projectId);
-        Dictionary before = readProject(db, projectId);
+        const std::optional<std::string> team = requireProject(db, user, projectId);
         const std::string updatedAt = now();
         if (const Value* name = changes.find("name")) {
-            const std::string scope = before.contains("team")
-                                          ? fmt::format("team:{}", before.get("team").str())
-                                          : fmt::format("user:{}", user.id);
-            SQLite::Statement taken(db, "SELECT 1 FROM projects WHERE scope = ? AND name = ? AND id <> ?");
-            taken.bind(1, scope);
-            taken.bind(2, name->str());
-            taken.bind(3, projectId);
-            if (taken.executeStep())
-                throw ServiceError::conflict("name_taken",
-                                             fmt::format("A project named \"{}\" exists", name->str()));
+            requireNameFree(db, scopeOf(team, user), team.has_value(), name->str(), projectId);
             SQLite::Statement update(db, "UPDATE projects SET name = ?, updated_at = ? WHERE id = ?");
-            update.bind(1, name->str());
-            update.bind(2, updatedAt);
-            update.bind(3, projectId);
+            SQLite::bind(update, name->str(), updatedAt, projectId);
             update.exec();
         }
         if (const Value* live = changes.find("live_project_release")) {
             const std::string liveId = live->str();
             SQLite::Statement find(db, "SELECT r.version FROM project_releases pr JOIN releases r "
                                        "ON r.id = pr.release_id WHERE pr.id = ? AND pr.project_id = ?");
-            find.bind(1, liveId);
-            find.bind(2, projectId);
+            SQLite::bind(find, liveId, projectId);
             if (!find.executeStep()) {
                 throw ServiceError::invalidField(
                     "live_project_release", fmt::format("names \"{}\", no release of this project", liveId));
@@ -431,10 +422,7 @@ Dictionary ServiceStore::updateProject(const ServiceUser& user, const std::strin
             SQLite::Statement update(
                 db, "UPDATE projects SET live_project_release_id = ?, live_release_version = ?, "
                     "is_published = 1, updated_at = ? WHERE id = ?");
-            update.bind(1, liveId);
-            update.bind(2, find.getColumn(0).getInt64());
-            update.bind(3, updatedAt);
-            update.bind(4, projectId);
+            SQLite::bind(update, liveId, find.getColumn(0).getInt64(), updatedAt, projectId);
             update.exec();
         }
         return readProject(db, projectId);
@@ -446,8 +434,7 @@ Dictionary ServiceStore::createProjectRelease(const ServiceUser& user, const std
     return database_.write([&](SQLite::Database& db) {
         requireProject(db, user, projectId);
         SQLite::Statement release(db, "SELECT version FROM releases WHERE id = ? AND project_id = ?");
-        release.bind(1, releaseId);
-        release.bind(2, projectId);
+        SQLite::bind(release, releaseId, projectId);
         if (!release.executeStep()) {
             throw ServiceError::invalidField(
                 "release", fmt::format("names \"{}\", no release of this project", releaseId));
@@ -457,11 +444,7 @@ Dictionary ServiceStore::createProjectRelease(const ServiceUser& user, const std
         SQLite::Statement insert(
             db, "INSERT INTO project_releases (id, project_id, release_id, user_id, created_at) "
                 "VALUES (?, ?, ?, ?, ?)");
-        insert.bind(1, id);
-        insert.bind(2, projectId);
-        insert.bind(3, releaseId);
-        insert.bind(4, user.id);
-        insert.bind(5, createdAt);
+        SQLite::bind(insert, id, projectId, releaseId, user.id, createdAt);
         insert.exec();
         return Dictionary{{"id", Value(id)},
                           {"project", Value(projectId)},
@@ -479,16 +462,11 @@ Dictionary ServiceStore::addInstallation(const ServiceUser& user, const std::str
             db, "INSERT INTO installations (id, user_id, client_id, created_at, last_seen_at) "
                 "VALUES (?, ?, ?, ?, ?) ON CONFLICT (user_id, client_id) DO UPDATE SET "
                 "last_seen_at = excluded.last_seen_at, reports = reports + 1");
-        upsert.bind(1, newId());
-        upsert.bind(2, user.id);
-        upsert.bind(3, clientId);
-        upsert.bind(4, seen);
-        upsert.bind(5, seen);
+        SQLite::bind(upsert, newId(), user.id, clientId, seen, seen);
         upsert.exec();
         SQLite::Statement query(db, "SELECT id, created_at, last_seen_at, reports FROM installations "
                                     "WHERE user_id = ? AND client_id = ?");
-        query.bind(1, user.id);
-        query.bind(2, clientId);
+        SQLite::bind(query, user.id, clientId);
         query.executeStep();
         created = query.getColumn(3).getInt64() == 1;
         return Dictionary{{"id", Value(query.getColumn(0).getString())},
@@ -517,8 +495,7 @@ Dictionary ServiceStore::addRating(const ServiceUser& user, const std::optional<
         SQLite::Statement insert(
             db, "INSERT INTO preview_ratings (id, user_id, subject_kind, subject_id, rating, "
                 "comment, created_at) VALUES (?, ?, ?, ?, ?, ?, ?)");
-        insert.bind(1, id);
-        insert.bind(2, user.id);
+        SQLite::bind(insert, id, user.id);
         if (subject) {
             insert.bind(3, subject->kind);
             insert.bind(4, subject->id);
