@@ -7,7 +7,7 @@ namespace velmo {
 
 namespace {
 
-// Read bytes are cut off the front of an input's backlog once there are this many of them.
+// Read bytes are cut off the front of an input's backlog once there are at least this many of them.
 constexpr std::size_t kCompactAt = 1u << 20;
 
 } // namespace
@@ -71,7 +71,8 @@ std::int64_t ReadAhead::read(std::size_t index, void* buffer, std::size_t length
     if (job.readOffset == job.pending.size()) {
         job.pending.clear();
         job.readOffset = 0;
-    } else if (job.readOffset >= kCompactAt) {
+    } else if (job.readOffset >= kCompactAt && job.readOffset >= job.backlog()) {
+        // Only once the read part outweighs the rest: each byte is moved a bounded number of times.
         job.pending.erase(0, job.readOffset);
         job.readOffset = 0;
     }

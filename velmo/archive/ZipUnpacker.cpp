@@ -141,11 +141,15 @@ bool ZipUnpacker::run(VPErrorPtr& error) {
     tell(Operation::WillUnzipArchive, [&](auto& d) { d.zipArchiveWillUnzipArchiveAtPath(path_, zipInfo_); });
     tell(Operation::ProgressEvent, [&](auto& d) { d.zipArchiveProgressEvent(0, fileSize_); });
     // While this thread makes the files, the entries' bytes are read, decrypted and inflated on the
-    // other cores, in the order the loop takes them.
+    // other cores, in the order the loop takes them. Inner archives are read here, one after
+    // another: read ahead at every depth, the threads, handles and buffers would multiply. Nothing
+    // past what the run may write is kept ahead.
     const unsigned cores = std::thread::hardware_concurrency();
-    if (cores > 1 && zipInfo_.numberOfEntries > 1) {
+    if (depth_ == 0 && cores > 1 && zipInfo_.numberOfEntries > 1) {
+        const auto room = static_cast<std::size_t>(
+            std::min<std::uint64_t>(ReadAhead::kDefaultBufferLimit, options_.limits.maxTotalSize));
         inflater_ =
-            std::make_unique<ParallelInflater>(path_, zipInfo_.numberOfEntries, entryPassword(), cores);
+            std::make_unique<ParallelInflater>(path_, zipInfo_.numberOfEntries, entryPassword(), cores, room);
         if (inflater_->unstaffed()) inflater_.reset();
     }
     for (std::uint64_t index = 0; index < zipInfo_.numberOfEntries && !failed_; ++index)

@@ -108,9 +108,17 @@ void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
         std::lock_guard lock(state_->mutex);
         // The observer holds the bookkeeping: operations keep running after the queue object goes.
         Operation* raw = operation.get();
-        state_->entries.push_back({operation, 0, false});
-        state_->entries.back().token = raw->addObserver(
-            [state = state_](Operation& op, std::string_view key) { state->changed(op, key); });
+        const std::size_t before = state_->entries.size();
+        try {
+            state_->entries.push_back({operation, 0, false});
+            state_->entries.back().token = raw->addObserver(
+                [state = state_](Operation& op, std::string_view key) { state->changed(op, key); });
+        } catch (...) {
+            // Short of memory the operation is in no queue, and may be added again.
+            if (state_->entries.size() > before) state_->entries.pop_back();
+            operation->enqueued_ = false;
+            throw;
+        }
     }
     state_->schedule();
 }

@@ -623,11 +623,14 @@ void VPHTTPRequest::handlePostedEvents() {
     }
     for (auto& event : events)
         handle(event);
+    events.clear();
     // Events that came meanwhile get a job of their own, behind whatever else the queue holds.
     bool more = false;
     {
         std::lock_guard lock(eventsMutex_);
         more = !events_.empty();
+        // The room the next pass fills is kept, rather than grown again each time.
+        if (!more) events_.swap(events);
         eventsJobQueued_ = more;
     }
     if (more) {
