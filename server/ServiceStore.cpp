@@ -237,15 +237,16 @@ Dictionary ServiceStore::addTeam(const std::string& name, const std::vector<std:
             id = find.getColumn(0).getString();
             createdAt = find.getColumn(1).getString();
         }
+        SQLite::Statement user(db, "SELECT id FROM users WHERE email = ?");
+        SQLite::Statement insert(db, "INSERT OR IGNORE INTO memberships (id, team_id, user_id, created_at) "
+                                     "VALUES (?, ?, ?, ?)");
         for (const std::string& email : memberEmails) {
-            SQLite::Statement user(db, "SELECT id FROM users WHERE email = ?");
+            user.reset();
             user.bind(1, email);
             if (!user.executeStep())
                 throw ServiceError::notFound(
                     fmt::format("No user has the address \"{}\" (add it with --add-user)", email));
-            SQLite::Statement insert(db,
-                                     "INSERT OR IGNORE INTO memberships (id, team_id, user_id, created_at) "
-                                     "VALUES (?, ?, ?, ?)");
+            insert.reset();
             SQLite::bind(insert, newId(), id, user.getColumn(0).getString(), now());
             insert.exec();
         }
